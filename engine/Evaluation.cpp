@@ -1,0 +1,108 @@
+// Density, probability and draw: the current values handed to the family of the type.
+
+#include "engine/c_Distribution.h"
+#include "runtime/NumericText.h"
+
+namespace palvex {
+
+namespace {
+
+/// A limit as the record of a call shows it: numbers and numeric texts as numbers.
+std::string recordText(const Variant& limit) {
+  if (limit.isNumeric()) return numberText(limit.toDouble());
+  if (limit.isText()) return limit.toText();
+  if (limit.isError()) return "Error " + std::to_string(limit.errorCode());
+  return "";
+}
+
+}  // namespace
+
+double c_Distribution::pdf(double x, bool noTruncation, const Variant& priorX) try {
+  Limits limits;
+  if (!noTruncation) limits = Dynamic ? limitsFrom(LtlValue(), UtlValue()) : staticLimits_;
+  if (family_ == nullptr) return 0;
+  const Parameters p = currentParameters(family_->parametersRead);
+  return family_->density({p, fitted_}, x, limits, priorX, Line::here());
+} catch (RuntimeError& error) {
+  addCall(error, "pdf", x);
+  error.leave("c_Distribution.pdf");
+  throw;
+}
+
+double c_Distribution::cdf(double x) try {
+  if (family_ == nullptr) return 0;
+  const Parameters p = currentParameters(family_->parametersRead);
+  return family_->cumulative({p, fitted_}, x, Line::here());
+} catch (RuntimeError& error) {
+  addCall(error, "cdf", x);
+  error.leave("c_Distribution.cdf");
+  throw;
+}
+
+double c_Distribution::RandVal(double rndP) {
+  return Dynamic ? liveValue(rndP) : keptValue(rndP);
+}
+
+double c_Distribution::keptValue(double rndP) try {
+  if (family_ == nullptr) return 0;
+  const Values values{staticParams_, fitted_};
+  if (!band_) {
+    if (family_->ignoresLimits != nullptr && family_->ignoresLimits(values, rndP)) {
+      return family_->value(values, Band{}, rndP, Line::here());
+    }
+    band_ = family_->band(values, staticLimits_, Line::here());
+  }
+  return family_->value(values, *band_, rndP, Line::here());
+} catch (RuntimeError& error) {
+  addDraw(error, rndP, staticLtl_, staticUtl_);
+  error.leave("c_Distribution.RandVal");
+  throw;
+}
+
+double c_Distribution::liveValue(double rndP) {
+  Variant lower;
+  Variant upper;
+  try {
+    lower = LtlValue();
+    upper = UtlValue();
+    const Limits limits = limitsFrom(lower, upper);
+    if (family_ == nullptr) return 0;
+    const Parameters p = currentParameters(family_->parametersRead);
+    const Values values{p, fitted_};
+    Band band;
+    if (family_->ignoresLimits == nullptr || !family_->ignoresLimits(values, rndP)) {
+      band = family_->band(values, limits, Line::here());
+    }
+    return family_->value(values, band, rndP, Line::here());
+  } catch (RuntimeError& error) {
+    addDraw(error, rndP, lower, upper);
+    error.leave("c_Distribution.RandVal");
+    throw;
+  }
+}
+
+std::string c_Distribution::parameterRecord(std::size_t count) const {
+  std::string record;
+  for (std::size_t i = 0; i < count; ++i) {
+    record += ',';
+    try {
+      record += numberText(Dynamic ? liveParameter(*parameters()[i]) : staticParams_[i]);
+    } catch (const RuntimeError&) {
+      // The record is about another error: a parameter that does not answer stays blank in it.
+    }
+  }
+  return record;
+}
+
+void c_Distribution::addCall(RuntimeError& error, std::string_view member, double argument) const {
+  error.addToDescription(std::string(member) + ": (" + numberText(argument) + parameterRecord(4) +
+                         ")");
+}
+
+void c_Distribution::addDraw(RuntimeError& error, double rndP, const Variant& lower,
+                             const Variant& upper) const {
+  error.addToDescription("RandVal: (" + numberText(rndP) + parameterRecord(3) + "," +
+                         recordText(lower) + "," + recordText(upper) + ")");
+}
+
+}  // namespace palvex

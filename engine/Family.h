@@ -1,0 +1,61 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "runtime/Limits.h"
+
+namespace palvex {
+
+/// What validation derives from the parameters and the worksheet, once for many evaluations.
+struct Fitted {};
+
+/// What a family computes on: the current parameters and what was fitted at the last validation.
+struct Values {
+  const std::array<double, 4>& p;
+  const Fitted& fitted;
+};
+
+/// Where a distribution has values: from `lower` to `upper`, either infinite, each end counting as
+/// a value or not.
+struct Support {
+  double lower;
+  double upper;
+  bool lowerIncluded = true;
+  bool upperIncluded = true;
+};
+
+/// What validation asks of a numeric parameter; the wording of the message goes with it.
+enum class Demand {
+  real,               // "."
+  statedReal,         // ".  Must be a real number."
+  nonNegative,        // ".  Must be a non-negative real number."
+  positive,           // ".  Must be a positive real number."
+  positiveNoArticle,  // ".  Must be positive real number."
+};
+
+/// One family of distributions as the distribution object uses it: a row of the dispatch.
+struct Family {
+  std::string_view name;
+  std::array<Demand, 4> demands;
+  /// How many parameters an evaluation reads; 0 for a family that works on what was fitted.
+  std::size_t parametersRead;
+  /// What validation does once each parameter has passed: compares parameters, fits the curve.
+  /// Answers with a fault in one sentence, or "". Null when there is nothing to do.
+  std::string (*fit)(const std::array<double, 4>& p, Fitted& fitted);
+  double (*density)(const Values&, double x, const Limits&, const Variant& priorX, Line);
+  double (*cumulative)(const Values&, double x, Line);
+  /// The two halves of a draw: the kept band, and the value at position p of it.
+  Band (*band)(const Values&, const Limits&, Line);
+  double (*value)(const Values&, const Band&, double p, Line);
+  /// Whether the value at p is the same whatever the limits, which then are not consulted at all.
+  /// Null for a family whose limits always count.
+  bool (*ignoresLimits)(const Values&, double p);
+  Support (*support)(const Values&);
+};
+
+/// The row of a type's name, or null for a name without a family.
+[[nodiscard]] const Family* findFamily(std::string_view name) noexcept;
+
+}  // namespace palvex

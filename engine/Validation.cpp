@@ -1,0 +1,127 @@
+// ParamsOK: the first fault of parameters and limits in one sentence, and the caches behind it.
+
+#include "engine/c_Distribution.h"
+
+namespace palvex {
+
+namespace {
+
+struct Wording {
+  bool forbidNegative;
+  bool forbidZero;
+  std::string_view suffix;
+};
+
+constexpr Wording wording(Demand demand) {
+  switch (demand) {
+    case Demand::statedReal:
+      return {false, false, ".  Must be a real number."};
+    case Demand::nonNegative:
+      return {true, false, ".  Must be a non-negative real number."};
+    case Demand::positive:
+      return {true, true, ".  Must be a positive real number."};
+    case Demand::positiveNoArticle:
+      return {true, true, ".  Must be positive real number."};
+    case Demand::real:
+      break;
+  }
+  return {false, false, "."};
+}
+
+bool equalLimits(const Variant& lower, const Variant& upper) {
+  if (lower.isNumeric() && upper.isNumeric()) return lower.toDouble() == upper.toDouble();
+  return lower.isText() && lower == upper;
+}
+
+}  // namespace
+
+bool c_Distribution::ParamsOK(std::string& errCause) try {
+  errCause = typeFault();
+  if (errCause.empty()) errCause = limitsFault();
+  return errCause.empty();
+} catch (RuntimeError& error) {
+  error.leave("c_Distribution.ParamsOK");
+  throw;
+}
+
+std::string c_Distribution::typeFault() {
+  if (family_ == nullptr) return "Incorrect distribution type.";
+  for (std::size_t i = 0; i < static_cast<std::size_t>(NumParams()); ++i) {
+    const Wording words = wording(family_->demands[i]);
+    const Permission allowed{.negative = !words.forbidNegative, .zero = !words.forbidZero};
+    const std::string fault = BadParam(*parameters()[i], allowed);
+    if (!fault.empty()) {
+      return fault + ParamName(static_cast<std::int32_t>(i + 1)) + std::string(words.suffix);
+    }
+  }
+  if (family_->fit == nullptr) return "";
+  SetStaticParams();
+  return family_->fit(staticParams_, fitted_);
+}
+
+std::string c_Distribution::limitsFault() {
+  SetStaticParams();
+  if (const auto fault = BadParam(ltl, {.infinity = true}); !fault.empty()) return fault + "LTL.";
+  if (const auto fault = BadParam(utl, {.infinity = true}); !fault.empty()) return fault + "UTL.";
+  SetStaticLimits();
+  if (equalLimits(staticLtl_, staticUtl_)) return "LTL value can not be equal to UTL value.";
+  if (AllTruncated()) return "Truncation limits exclude all distribution values.  Please adjust.";
+  return "";
+}
+
+std::string c_Distribution::BadParam(const Variant& param, const Permission& allowed,
+                                     Line caller) try {
+  const bool range = IsRange(param);
+  if (range) {
+    if (param.toObject()->get("Count").toDouble() > 1) return "More than one cell selected for ";
+    if (CellValueError(*param.toObject())) return "Error in cell value for ";
+  }
+  const Variant value = range ? param.toObject()->get("Value") : param;
+  const auto prefix = [&](const char* fault) {
+    return std::string(fault) + (IsRange(param) ? " in cell referenced for " : " for ");
+  };
+  if (value.isNumeric() || value.isEmpty()) {
+    if (!allowed.negative && value.toDouble() < 0) return prefix("Negative value");
+    if (!allowed.zero && value.toDouble() == 0) return prefix("Value of zero");
+    return "";
+  }
+  if (!allowed.infinity) return prefix("Non-numeric value");
+  if (value == Variant("-Infinity") || value == Variant("+Infinity")) return "";
+  return prefix("Improper value");
+} catch (RuntimeError& error) {
+  error.leave("c_Distribution.BadParam", caller);
+  throw;
+}
+
+Boolean c_Distribution::CellValueError(Object& range) noexcept {
+  try {
+    const double count = range.get("Count").toDouble();
+    for (std::int32_t i = 1; i <= count; ++i) {
+      static_cast<void>(range.get("Cells", {i}).toObject()->get("Value").toText());
+    }
+    return false;
+  } catch (...) {
+    return true;
+  }
+}
+
+bool c_Distribution::AllTruncated(Line caller) const try {
+  enum class Place { belowMin, inMiddle, aboveMax };
+  const Support support = family_->support({staticParams_, fitted_});
+  const auto place = [&](double limit) {
+    if (support.lowerIncluded ? limit < support.lower : limit <= support.lower)
+      return Place::belowMin;
+    if (support.upperIncluded ? limit > support.upper : limit >= support.upper)
+      return Place::aboveMax;
+    return Place::inMiddle;
+  };
+  const auto& [lower, upper] = staticLimits_;
+  const bool lowerAboveMax = lower && place(*lower) == Place::aboveMax;
+  const bool upperBelowMin = upper && place(*upper) == Place::belowMin;
+  return staticLimits_.reversed() ? lowerAboveMax && upperBelowMin : lowerAboveMax || upperBelowMin;
+} catch (RuntimeError& error) {
+  error.leave("c_Distribution.AllTruncated", caller);
+  throw;
+}
+
+}  // namespace palvex

@@ -1,0 +1,170 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/Catalogue.h"
+#include "engine/Family.h"
+#include "runtime/Limits.h"
+#include "runtime/Object.h"
+#include "runtime/Variant.h"
+
+namespace palvex {
+
+/// One continuous distribution: a type chosen by name, up to four parameters and two truncation
+/// limits.
+///
+/// A parameter or limit is a number, a text that reads as a number, or a worksheet range (any
+/// object with the members "Application", "Address" and "Value"). A limit may also be the text of
+/// NegInfinity or PosInfinity, or stay empty: no limit on that side.
+///
+/// Usual order: set distType, param1.., ltl, utl and Dynamic; call ParamsOK; then pdf, cdf, RandVal
+/// as often as wanted. With Dynamic false these work on the values of the last ParamsOK, allocate
+/// nothing and ask the host nothing; with Dynamic true they read the live values at every call.
+///
+/// The computing members raise RuntimeError. Distinct objects may be used on distinct threads at
+/// once.
+class c_Distribution {
+ public:
+  c_Distribution() = default;
+  c_Distribution(const c_Distribution&) = delete;
+  c_Distribution& operator=(const c_Distribution&) = delete;
+
+  Variant param1;
+  Variant param2;
+  Variant param3;
+  Variant param4;
+  Variant ltl;           // lower truncation limit
+  Variant utl;           // upper truncation limit
+  bool Active = false;   // a flag for the host; the object never reads it
+  bool Dynamic = false;  // true: every evaluation reads the live parameters and limits
+  std::string graphMax;  // for the host, like the two below
+  std::string graphMin;
+  std::string numberFormat;
+
+  // ---- catalogue ----
+
+  /// The names of the ten types, a 1-based array of texts.
+  [[nodiscard]] Variant ValidDistributions() const;
+  /// The three layouts of a histogram's data, a 1-based array of texts.
+  [[nodiscard]] Variant DataConfigurations() const;
+  /// The type's name, "" before the first valid assignment.
+  [[nodiscard]] std::string distType() const;
+  /// Sets the type. A name that is not in ValidDistributions (exact to the letter case) is refused
+  /// with a message box, and the type stays as it was.
+  void distType(std::string_view name);
+  /// How many parameters the type has; 0 without a type.
+  [[nodiscard]] std::int16_t NumParams() const;
+  /// The display name of parameter 1..NumParams; "" for any other number.
+  [[nodiscard]] std::string ParamName(std::int32_t paramNumber) const;
+  /// "-Infinity", the text that says that there is no lower limit.
+  [[nodiscard]] std::string NegInfinity() const { return "-Infinity"; }
+  /// "+Infinity", the text that says that there is no upper limit.
+  [[nodiscard]] std::string PosInfinity() const { return "+Infinity"; }
+
+  // ---- validation ----
+
+  /// Checks the parameters and limits; on success fixes the values that evaluations use while
+  /// Dynamic is false.
+  /// @param errCause  receives one sentence about the first fault, "" when there is none
+  /// @returns whether there is no fault
+  /// @throws RuntimeError when a range that was recognised does not answer, or on an arithmetic
+  /// fault
+  bool ParamsOK(std::string& errCause);
+
+  // ---- evaluation; 0 without a type ----
+
+  /// The density at x, 0 where the limits cut x away; not rescaled by the probability that they
+  /// keep.
+  /// @param noTruncation  true: as if there were no limits
+  /// @param priorX        for a histogram: the point drawn before x, so that no bin in between is
+  /// lost
+  double pdf(double x, bool noTruncation = false, const Variant& priorX = Variant::missing());
+  /// The probability of a value up to x. The limits play no part.
+  double cdf(double x);
+  /// The value at the position rndP of the truncated distribution's cumulative scale: a random draw
+  /// when rndP is a uniform random number of [0, 1].
+  double RandVal(double rndP);
+
+  // ---- graph data ----
+
+  /// A multiplier for graphs, 1 at first.
+  [[nodiscard]] double ScaleFactor() const { return scaleFactor_; }
+  /// A value <= 0 stores 1.
+  void ScaleFactor(double value) { scaleFactor_ = value <= 0 ? 1 : value; }
+  /// The number of graph points.
+  [[nodiscard]] std::int16_t NumPoints() const;
+  /// Gives the three series `size` points, keeping what they hold; nothing happens for a size
+  /// below 1.
+  Variant ResizeArrays(std::int16_t size);
+  /// Point i = 1..NumPoints of a series: 0 for any other i, where an assignment does nothing.
+  [[nodiscard]] double GraphX(std::int16_t i) const { return point(graphX_, i); }
+  void GraphX(std::int16_t i, double value) { setPoint(graphX_, i, value); }
+  [[nodiscard]] double GraphPDF(std::int16_t i) const { return point(graphPDF_, i); }
+  void GraphPDF(std::int16_t i, double value) { setPoint(graphPDF_, i, value); }
+  [[nodiscard]] double GraphOL(std::int16_t i) const { return point(graphOL_, i); }
+  void GraphOL(std::int16_t i, double value) { setPoint(graphOL_, i, value); }
+
+ private:
+  using Series = std::vector<double>;
+  using Parameters = std::array<double, 4>;
+  /// What validation lets pass as a parameter or limit.
+  struct Permission {
+    bool infinity = false;
+    bool negative = true;
+    bool zero = true;
+  };
+
+  static double point(const Series& series, std::int16_t i);
+  static void setPoint(Series& series, std::int16_t i, double value);
+
+  // Values of parameters and limits (Values.cpp).
+  static Boolean IsRange(const Variant& v) noexcept;
+  static double liveParameter(const Variant& parameter);
+  static Variant liveLimit(const Variant& limit);
+  [[nodiscard]] std::array<const Variant*, 4> parameters() const {
+    return {&param1, &param2, &param3, &param4};
+  }
+  /// The first `count` parameters, live or cached; the others are 0.
+  [[nodiscard]] Parameters currentParameters(std::size_t count) const;
+  [[nodiscard]] Variant LtlValue() const { return Dynamic ? liveLimit(ltl) : staticLtl_; }
+  [[nodiscard]] Variant UtlValue() const { return Dynamic ? liveLimit(utl) : staticUtl_; }
+  void SetStaticParams(Line caller = Line::here());
+  void SetStaticLimits();
+
+  // Evaluation (Evaluation.cpp).
+  double keptValue(double rndP);
+  double liveValue(double rndP);
+  [[nodiscard]] std::string parameterRecord(std::size_t count) const;
+  void addCall(RuntimeError& error, std::string_view member, double argument) const;
+  void addDraw(RuntimeError& error, double rndP, const Variant& lower, const Variant& upper) const;
+
+  // Validation (Validation.cpp).
+  std::string typeFault();
+  std::string limitsFault();
+  static std::string BadParam(const Variant& param, const Permission& allowed,
+                              Line caller = Line::here());
+  static Boolean CellValueError(Object& range) noexcept;
+  [[nodiscard]] bool AllTruncated(Line caller = Line::here()) const;
+
+  const CatalogueEntry* entry_ = nullptr;
+  const Family* family_ = nullptr;
+
+  Parameters staticParams_{};
+  Variant staticLtl_;
+  Variant staticUtl_;
+  Limits staticLimits_;       // the numeric ones of staticLtl_ and staticUtl_
+  std::optional<Band> band_;  // what staticLimits_ keep; empty until a draw asks for it
+  Fitted fitted_;
+
+  double scaleFactor_ = 1;
+  Series graphX_;
+  Series graphPDF_;
+  Series graphOL_;
+};
+
+}  // namespace palvex

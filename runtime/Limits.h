@@ -1,0 +1,71 @@
+#pragma once
+
+#include <optional>
+
+#include "runtime/Arithmetic.h"
+#include "runtime/Variant.h"
+
+namespace palvex {
+
+/// The truncation limits of a distribution. A lower limit above the upper one ("reversed") keeps
+/// the two outer pieces and cuts out what lies between.
+struct Limits {
+  std::optional<double> lower;
+  std::optional<double> upper;
+
+  /// Both present, the lower one greater.
+  [[nodiscard]] bool reversed() const noexcept { return lower && upper && *lower > *upper; }
+
+  /// Whether the limits cut x away. A limit itself is kept, and equal limits cut nothing.
+  [[nodiscard]] bool cut(double x) const noexcept {
+    if (lower && upper) {
+      if (*lower > *upper) return *upper < x && x < *lower;
+      return *lower < *upper && (x > *upper || x < *lower);
+    }
+    return (lower && x < *lower) || (upper && x > *upper);
+  }
+};
+
+/// A limit takes part when its variant is numeric; any other content ("none", empty, an infinity
+/// text) means no limit on that side.
+[[nodiscard]] inline Limits limitsFrom(const Variant& ltl, const Variant& utl) {
+  Limits limits;
+  if (ltl.isNumeric()) limits.lower = ltl.toDouble();
+  if (utl.isNumeric()) limits.upper = utl.toDouble();
+  return limits;
+}
+
+/// The band of probabilities that a distribution keeps between its limits, and the mapping of a
+/// uniform probability into it. In a wrapped band (reversed limits) the kept pieces are [0, upper]
+/// and [lower, 1], and `split` is the share of the first; it is not finite where there is nothing
+/// to share.
+struct Band {
+  double lower = 0;
+  double upper = 1;
+  bool wrapped = false;
+  double split = 0;
+
+  /// The probability at the position p of the band, p usually in [0, 1].
+  /// Error 6 or 11 where the wrapped band, or the piece of it that p falls in, holds nothing.
+  [[nodiscard]] double probability(double p, Line line = Line::here()) const {
+    if (!wrapped) return (upper - lower) * p + lower;
+    return wrappedProbability(p, line);
+  }
+
+ private:
+  [[nodiscard]] double wrappedProbability(double p, Line line) const;
+};
+
+/// The band that `limits` keep of a distribution with the given cumulative probability.
+template <class Cumulative>
+[[nodiscard]] Band keptBand(const Limits& limits, Cumulative&& cumulative) {
+  Band band;
+  if (limits.lower) band.lower = cumulative(*limits.lower);
+  if (limits.upper) band.upper = cumulative(*limits.upper);
+  band.wrapped = limits.lower && limits.upper && band.lower > band.upper;
+  // A fault of this quotient is raised by the first draw: some draws never ask for it.
+  if (band.wrapped) band.split = band.upper / (1 - band.lower + band.upper);
+  return band;
+}
+
+}  // namespace palvex
