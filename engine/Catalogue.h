@@ -12,9 +12,9 @@ struct CatalogueEntry {
   std::array<std::string_view, 4> parameters;  // the unused ones empty
 
   [[nodiscard]] constexpr std::int16_t parameterCount() const noexcept {
-    std::int16_t count = 0;
-    for (const std::string_view parameter : parameters) count += !parameter.empty();
-    return count;
+    int count = 0;
+    for (const std::string_view parameter : parameters) count += parameter.empty() ? 0 : 1;
+    return static_cast<std::int16_t>(count);
   }
 };
 

@@ -145,9 +145,9 @@ std::string numberText(double value) {
   std::array<char, 40> buffer;
   const double size = std::abs(value);
   const bool plain = size < 1e15 && size >= 1e-4;
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
-                                 plain ? std::chars_format::fixed : std::chars_format::scientific)
-                       .ptr;
+  auto* const end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                  plain ? std::chars_format::fixed : std::chars_format::scientific)
+                        .ptr;
   std::string text(buffer.data(), end);
   if (const std::size_t mark = text.find('e'); mark != std::string::npos) text[mark] = 'E';
   return text;
