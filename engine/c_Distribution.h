@@ -94,8 +94,8 @@ class c_Distribution {
 
   /// A multiplier for graphs, 1 at first.
   [[nodiscard]] double ScaleFactor() const { return scaleFactor_; }
-  /// A value <= 0 stores 1.
-  void ScaleFactor(double value) { scaleFactor_ = value <= 0 ? 1 : value; }
+  /// A value that is not above 0 stores 1.
+  void ScaleFactor(double value) { scaleFactor_ = value > 0 ? value : 1; }
   /// The number of graph points.
   [[nodiscard]] std::int16_t NumPoints() const;
   /// Gives the three series `size` points, keeping what they hold; nothing happens for a size
