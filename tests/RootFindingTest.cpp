@@ -6,6 +6,7 @@
 #include <thread>
 #include <vector>
 
+#include "Fault.h"
 #include "numerics/m_RootFinding.h"
 
 namespace palvex::m_RootFinding {
@@ -148,18 +149,13 @@ TEST(RootFinding, ResumeWithoutStart) {
     std::int16_t status = 1;
     double x = 0, xlo = 0, xhi = 0;
     Boolean qleft, qhi;
-    const auto number = [](auto&& call) {
-      try {
-        call();
-      } catch (const RuntimeError& error) {
-        EXPECT_NE(error.source().find("\r\nin palvex.m_RootFinding.d"), std::string::npos);
-        return error.number();
-      }
-      return 0;
-    };
-    EXPECT_EQ(number([&] { dinvr(status, x, 0, qleft, qhi); }), 13);
-    EXPECT_EQ(number([&] { dzror(status, x, 0, xlo, xhi, qleft, qhi); }), 13);
-    EXPECT_EQ(number([&] { dstinv("none", 1, 1, 1, 1, 1, 1); }), 13);
+    const auto fault = faultOf([&] { dinvr(status, x, 0, qleft, qhi); });
+    ASSERT_TRUE(fault);
+    EXPECT_EQ(fault->number(), 13);
+    EXPECT_NE(fault->source().find("\r\nin palvex.m_RootFinding.dinvr at line "),
+              std::string::npos);
+    EXPECT_EQ(faultNumber([&] { dzror(status, x, 0, xlo, xhi, qleft, qhi); }), 13);
+    EXPECT_EQ(faultNumber([&] { dstinv("none", 1, 1, 1, 1, 1, 1); }), 13);
   }).join();
 }
 
@@ -282,12 +278,7 @@ TEST(RootFinding, BracketWithoutCrossing) {
 TEST(RootFinding, BracketFaults) {
   constexpr double huge = std::numeric_limits<double>::max();
   const auto number = [](double low, double high, const Function& f) {
-    try {
-      searchBracket(low, high, 1e-8, f);
-    } catch (const RuntimeError& error) {
-      return error.number();
-    }
-    return 0;
+    return faultNumber([&] { searchBracket(low, high, 1e-8, f); });
   };
   EXPECT_EQ(number(huge / 2, huge, [](double x) { return x == huge ? 1 : -1; }), 6);
   EXPECT_EQ(number(0, 1, [](double) { return std::nan(""); }), 6);
