@@ -16,6 +16,12 @@ inline double checked(double value, Line line = Line::here()) {
   return value;
 }
 
+/// Error 6 when `value` is NaN: an infinity still has limit values, this has none.
+inline void refuseNaN(double value, Line line = Line::here()) {
+  if (std::isnan(value)) [[unlikely]]
+    raise(fault::overflow, line);
+}
+
 /// a / b; error 11 for a / 0, 6 for 0 / 0 and for a quotient that is not finite.
 inline double Divide(double a, double b, Line line = Line::here()) {
   if (b == 0) [[unlikely]] {

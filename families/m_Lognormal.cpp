@@ -1,0 +1,78 @@
+#include "families/m_Lognormal.h"
+
+#include <cmath>
+
+#include "families/m_Normal.h"
+#include "runtime/NumericText.h"
+
+namespace palvex::m_Lognormal {
+
+namespace {
+
+constexpr double twoPi = 6.28318530717958;
+
+std::string callRecord(double x, double location, double scale, double minimum, Boolean upper) {
+  return "lnCDF: (" + numberText(x) + "," + numberText(location) + "," + numberText(scale) + "," +
+         numberText(minimum) + "," + Variant(upper).toText() + ")";
+}
+
+}  // namespace
+
+double density(double x, double location, double scale, double minimum, const Limits& limits,
+               Line caller) try {
+  refuseNaN(x);
+  if (!(scale > 0 && x > minimum)) return 0;
+  if (limits.cut(x)) return 0;
+  const double deviation = Log(x - minimum) - location;
+  const double exponent = Divide(deviation * deviation, checked(-2 * (scale * scale)));
+  return Divide(Exp(exponent), checked((x - minimum) * scale * std::sqrt(twoPi)));
+} catch (RuntimeError& error) {
+  error.leave("m_Lognormal.LognormalPDF", caller);
+  throw;
+}
+
+double LognormalCDF(double x, double location, double scale, double minimum, Boolean upper,
+                    Line caller) try {
+  if (x <= minimum) return upper ? 1 : 0;
+  return m_Normal::NormalCDF(Divide(Log(x - minimum) - location, scale), upper);
+} catch (RuntimeError& error) {
+  error.addToDescription(callRecord(x, location, scale, minimum, upper));
+  error.leave("m_Lognormal.LognormalCDF", caller);
+  throw;
+}
+
+double LognormalINV(double p, double location, double scale, double minimum, Boolean upper,
+                    Line caller) try {
+  return checked(Exp(m_Normal::NormalINV(p, upper) * scale + location) + minimum);
+} catch (RuntimeError& error) {
+  error.leave("m_Lognormal.LognormalINV", caller);
+  throw;
+}
+
+Band band(double location, double scale, double minimum, const Limits& limits, Line caller) try {
+  if (scale <= 0) return {};
+  return keptBand(
+      limits, [&](double limit) { return LognormalCDF(limit, location, scale, minimum, false); });
+} catch (RuntimeError& error) {
+  error.leave("m_Lognormal.LognormalVAL", caller);
+  throw;
+}
+
+double value(double p, double location, double scale, double minimum, const Band& band,
+             Line caller) try {
+  if (scale <= 0) return checked(minimum);
+  return LognormalINV(band.probability(p), location, scale, minimum, false);
+} catch (RuntimeError& error) {
+  error.leave("m_Lognormal.LognormalVAL", caller);
+  throw;
+}
+
+double standardDeviation(double location, double scale) noexcept {
+  // exp(location + s^2/2) sqrt(exp(s^2) - 1), in logarithms: no factor overflows before the
+  // product.
+  const double square = scale * scale;
+  const double logRoot = scale < 1e-8 ? std::log(scale) : std::log(-std::expm1(-square)) / 2;
+  return std::exp(location + square + logRoot);
+}
+
+}  // namespace palvex::m_Lognormal

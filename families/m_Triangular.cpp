@@ -1,0 +1,76 @@
+#include "families/m_Triangular.h"
+
+namespace palvex::m_Triangular {
+
+namespace {
+
+bool ordered(double minimum, double likely, double maximum) {
+  return minimum <= likely && likely <= maximum;
+}
+
+}  // namespace
+
+double density(double x, double minimum, double likely, double maximum, const Limits& limits,
+               Line caller) try {
+  refuseNaN(x);
+  if (!ordered(minimum, likely, maximum) || x < minimum || x > maximum) return 0;
+  if (maximum == minimum) return 1;
+  if (limits.cut(x)) return 0;
+  const double width = maximum - minimum;
+  return x >= likely && likely != maximum
+             ? Divide(2 * (maximum - x), checked(width * (maximum - likely)))
+             : Divide(2 * (x - minimum), checked((likely - minimum) * width));
+} catch (RuntimeError& error) {
+  error.leave("m_Triangular.TriangularPDF", caller);
+  throw;
+}
+
+double TriangularCDF(double x, double minimum, double likely, double maximum, Line caller) try {
+  refuseNaN(x);
+  if (!ordered(minimum, likely, maximum)) return 0;
+  const double width = maximum - minimum;
+  if (x <= minimum) return 0;
+  if (x <= likely) {
+    return Divide((x - minimum) * (x - minimum), checked((likely - minimum) * width));
+  }
+  if (x > maximum) return 1;
+  return 1 - Divide((maximum - x) * (maximum - x), checked(width * (maximum - likely)));
+} catch (RuntimeError& error) {
+  error.leave("m_Triangular.TriangularCDF", caller);
+  throw;
+}
+
+double TriangularINV(double p, double minimum, double likely, double maximum, Line caller) try {
+  refuseNaN(p);
+  if (!ordered(minimum, likely, maximum)) return 0;
+  const double width = checked(maximum - minimum);
+  const double shareBelowLikely = Divide(likely - minimum, width);
+  if (p <= 0) return minimum;
+  if (p <= shareBelowLikely) return minimum + Sqr(width * p * (likely - minimum));
+  if (p > 1) return maximum;
+  return maximum - Sqr(width * (1 - p) * (maximum - likely));
+} catch (RuntimeError& error) {
+  error.leave("m_Triangular.TriangularINV", caller);
+  throw;
+}
+
+Band band(double minimum, double likely, double maximum, const Limits& limits, Line caller) try {
+  if (maximum <= minimum) return {};
+  return keptBand(limits,
+                  [&](double limit) { return TriangularCDF(limit, minimum, likely, maximum); });
+} catch (RuntimeError& error) {
+  error.leave("m_Triangular.TriangularVAL", caller);
+  throw;
+}
+
+double value(double p, double minimum, double likely, double maximum, const Band& band,
+             Line caller) try {
+  if (maximum < minimum) return 0;
+  if (maximum == minimum) return minimum;
+  return TriangularINV(band.probability(p), minimum, likely, maximum);
+} catch (RuntimeError& error) {
+  error.leave("m_Triangular.TriangularVAL", caller);
+  throw;
+}
+
+}  // namespace palvex::m_Triangular

@@ -1,0 +1,58 @@
+#include "families/m_Weibull.h"
+
+#include <cmath>
+
+namespace palvex::m_Weibull {
+
+double density(double x, double shape, double scale, double minimum, const Limits& limits,
+               Line caller) try {
+  refuseNaN(x);
+  if (!(shape > 0 && scale > 0 && x > minimum)) return 0;
+  if (limits.cut(x)) return 0;
+  const double z = (x - minimum) / scale;
+  return checked(Power(z, shape - 1) * (shape / scale) * Exp(-Power(z, shape)));
+} catch (RuntimeError& error) {
+  error.leave("m_Weibull.WeibullPDF", caller);
+  throw;
+}
+
+double WeibullCDF(double x, double shape, double scale, double minimum, Line caller) try {
+  refuseNaN(x);
+  if (!(shape > 0 && scale > 0 && x >= minimum)) return 0;
+  return -std::expm1(-Power((x - minimum) / scale, shape));
+} catch (RuntimeError& error) {
+  error.leave("m_Weibull.WeibullCDF", caller);
+  throw;
+}
+
+double WeibullINV(double p, double shape, double scale, double minimum, Line caller) try {
+  constexpr double smallestTail = 1E-300;  // takes the place of the 0 that p = 1 leaves above it
+  refuseNaN(p);
+  if (!(shape > 0 && scale > 0 && p > 0)) return checked(minimum);
+  if (p > 1) raise(fault::invalidCall);
+  const double logTail = p == 1 ? std::log(smallestTail) : std::log1p(-p);
+  return checked(Power(-logTail, 1 / shape) * scale + minimum);
+} catch (RuntimeError& error) {
+  error.leave("m_Weibull.WeibullINV", caller);
+  throw;
+}
+
+Band band(double shape, double scale, double minimum, const Limits& limits, Line caller) try {
+  if (!(shape > 0 && scale > 0)) return {};
+  return keptBand(limits, [&](double limit) { return WeibullCDF(limit, shape, scale, minimum); });
+} catch (RuntimeError& error) {
+  error.leave("m_Weibull.WeibullVAL", caller);
+  throw;
+}
+
+double value(double p, double shape, double scale, double minimum, const Band& band,
+             Line caller) try {
+  refuseNaN(p);
+  if (!(shape > 0 && scale > 0 && p >= 0)) return checked(minimum);
+  return WeibullINV(band.probability(p), shape, scale, minimum);
+} catch (RuntimeError& error) {
+  error.leave("m_Weibull.WeibullVAL", caller);
+  throw;
+}
+
+}  // namespace palvex::m_Weibull
