@@ -1,8 +1,14 @@
 #include "engine/Family.h"
 
+#include <cmath>
 #include <limits>
 
+#include "families/m_Exponential.h"
+#include "families/m_Lognormal.h"
 #include "families/m_Normal.h"
+#include "families/m_Triangular.h"
+#include "families/m_Uniform.h"
+#include "families/m_Weibull.h"
 
 namespace palvex {
 
@@ -32,7 +38,126 @@ const Family normal{
         },
 };
 
-constexpr std::array families{&normal};
+const Family uniform{
+    .name = "Uniform",
+    .demands = {Demand::real, Demand::real},
+    .parametersRead = 2,
+    .fit = [](const std::array<double, 4>& p, Fitted&) -> std::string {
+      return p[0] > p[1] ? "Maximum can not be less than Minimum." : "";
+    },
+    .density = [](const Values& v, double x, const Limits& limits, const Variant&,
+                  Line line) { return m_Uniform::density(x, v.p[0], v.p[1], limits, line); },
+    .cumulative = [](const Values& v, double x,
+                     Line line) { return m_Uniform::UniformCDF(x, v.p[0], v.p[1], line); },
+    .band = [](const Values& v, const Limits& limits,
+               Line line) { return m_Uniform::band(v.p[0], v.p[1], limits, line); },
+    .value = [](const Values& v, const Band& band, double p,
+                Line line) { return m_Uniform::value(p, v.p[0], v.p[1], band, line); },
+    .ignoresLimits = nullptr,
+    .support =
+        [](const Values& v) {
+          return Support{v.p[0], v.p[1]};
+        },
+};
+
+const Family triangular{
+    .name = "Triangular",
+    .demands = {Demand::real, Demand::real, Demand::real},
+    .parametersRead = 3,
+    .fit = [](const std::array<double, 4>& p, Fitted&) -> std::string {
+      if (p[0] > p[1]) return "Likely can not be less than Minimum.";
+      return p[1] > p[2] ? "Maximum can not be less than Likely." : "";
+    },
+    .density =
+        [](const Values& v, double x, const Limits& limits, const Variant&, Line line) {
+          return m_Triangular::density(x, v.p[0], v.p[1], v.p[2], limits, line);
+        },
+    .cumulative =
+        [](const Values& v, double x, Line line) {
+          return m_Triangular::TriangularCDF(x, v.p[0], v.p[1], v.p[2], line);
+        },
+    .band = [](const Values& v, const Limits& limits,
+               Line line) { return m_Triangular::band(v.p[0], v.p[1], v.p[2], limits, line); },
+    .value = [](const Values& v, const Band& band, double p,
+                Line line) { return m_Triangular::value(p, v.p[0], v.p[1], v.p[2], band, line); },
+    .ignoresLimits = nullptr,
+    .support =
+        [](const Values& v) {
+          return Support{v.p[0], v.p[2]};
+        },
+};
+
+const Family lognormal{
+    .name = "Lognormal",
+    .demands = {Demand::real, Demand::positive, Demand::real},
+    .parametersRead = 3,
+    .fit = [](const std::array<double, 4>& p, Fitted&) -> std::string {
+      return std::isinf(m_Lognormal::standardDeviation(p[0], p[1]))
+                 ? "Number overflow.  Please choose a smaller value for Location or Scale."
+                 : "";
+    },
+    .density =
+        [](const Values& v, double x, const Limits& limits, const Variant&, Line line) {
+          return m_Lognormal::density(x, v.p[0], v.p[1], v.p[2], limits, line);
+        },
+    .cumulative =
+        [](const Values& v, double x, Line line) {
+          return m_Lognormal::LognormalCDF(x, v.p[0], v.p[1], v.p[2], false, line);
+        },
+    .band = [](const Values& v, const Limits& limits,
+               Line line) { return m_Lognormal::band(v.p[0], v.p[1], v.p[2], limits, line); },
+    .value = [](const Values& v, const Band& band, double p,
+                Line line) { return m_Lognormal::value(p, v.p[0], v.p[1], v.p[2], band, line); },
+    .ignoresLimits = nullptr,
+    .support =
+        [](const Values& v) {
+          return Support{.lower = v.p[2], .upper = infinity, .lowerIncluded = false};
+        },
+};
+
+const Family exponential{
+    .name = "Exponential",
+    .demands = {Demand::positiveNoArticle, Demand::real},
+    .parametersRead = 2,
+    .fit = nullptr,
+    .density = [](const Values& v, double x, const Limits& limits, const Variant&,
+                  Line line) { return m_Exponential::density(x, v.p[0], v.p[1], limits, line); },
+    .cumulative = [](const Values& v, double x,
+                     Line line) { return m_Exponential::ExponentialCDF(x, v.p[0], v.p[1], line); },
+    .band = [](const Values& v, const Limits& limits,
+               Line line) { return m_Exponential::band(v.p[0], v.p[1], limits, line); },
+    .value = [](const Values& v, const Band& band, double p,
+                Line line) { return m_Exponential::value(p, v.p[0], v.p[1], band, line); },
+    .ignoresLimits = [](const Values&, double p) { return m_Exponential::ignoresLimits(p); },
+    .support =
+        [](const Values& v) {
+          return Support{v.p[1], infinity};
+        },
+};
+
+const Family weibull{
+    .name = "Weibull",
+    .demands = {Demand::positiveNoArticle, Demand::positiveNoArticle, Demand::statedReal},
+    .parametersRead = 3,
+    .fit = nullptr,
+    .density =
+        [](const Values& v, double x, const Limits& limits, const Variant&, Line line) {
+          return m_Weibull::density(x, v.p[0], v.p[1], v.p[2], limits, line);
+        },
+    .cumulative = [](const Values& v, double x,
+                     Line line) { return m_Weibull::WeibullCDF(x, v.p[0], v.p[1], v.p[2], line); },
+    .band = [](const Values& v, const Limits& limits,
+               Line line) { return m_Weibull::band(v.p[0], v.p[1], v.p[2], limits, line); },
+    .value = [](const Values& v, const Band& band, double p,
+                Line line) { return m_Weibull::value(p, v.p[0], v.p[1], v.p[2], band, line); },
+    .ignoresLimits = [](const Values&, double p) { return m_Weibull::ignoresLimits(p); },
+    .support =
+        [](const Values& v) {
+          return Support{v.p[2], infinity};
+        },
+};
+
+constexpr std::array families{&normal, &uniform, &triangular, &lognormal, &exponential, &weibull};
 
 }  // namespace
 
