@@ -66,6 +66,11 @@ class c_Distribution {
   /// "+Infinity", the text that says that there is no upper limit.
   [[nodiscard]] std::string PosInfinity() const { return "+Infinity"; }
 
+  /// A starting value for parameter paramIndex (from 1) that centres the distribution on the number
+  /// of a worksheet cell; 0 for a parameter that the type has not, for a histogram and without a
+  /// type. Error 6 where the value leaves the double range.
+  [[nodiscard]] double GuessParamValue(std::int16_t paramIndex, double cellValue) const;
+
   // ---- validation ----
 
   /// Checks the parameters and limits; on success fixes the values that evaluations use while
@@ -88,7 +93,7 @@ class c_Distribution {
   double cdf(double x);
   /// The value at the position rndP of the truncated distribution's cumulative scale: a random draw
   /// when rndP is a uniform random number of [0, 1].
-  double RandVal(double rndP) { return Dynamic ? liveValue(rndP) : keptValue(rndP); }
+  double RandVal(double rndP);
 
   // ---- graph data ----
 
