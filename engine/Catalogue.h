@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "families/m_Histogram.h"
+
 namespace palvex {
 
 /// A type of distribution: its name and the display names of its parameters, in their order.
@@ -33,8 +35,7 @@ inline constexpr std::array<CatalogueEntry, 10> catalogue{{
 }};
 
 /// The layouts of a histogram's worksheet data.
-inline constexpr std::array<std::string_view, 3> dataConfigurations{
-    "Raw Data", "Data and Counts (2 cols)", "Bins and Counts (3 cols)"};
+inline constexpr auto dataConfigurations = m_Histogram::layouts;
 
 /// The entry of a type's name, exact to the letter case, or null.
 constexpr const CatalogueEntry* findEntry(std::string_view name) noexcept {

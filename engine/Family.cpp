@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "families/m_Exponential.h"
+#include "families/m_Histogram.h"
 #include "families/m_Lognormal.h"
 #include "families/m_Normal.h"
 #include "families/m_Triangular.h"
@@ -157,7 +158,42 @@ const Family weibull{
         },
 };
 
-constexpr std::array families{&normal, &uniform, &triangular, &lognormal, &exponential, &weibull};
+const Family histogram{
+    .name = "Histogram",
+    .demands = {},
+    .parametersRead = 0,
+    .fit = nullptr,
+    .tabulate =
+        [](const Variant& range, const Variant& layout, Fitted& fitted) {
+          auto& [density, table] = fitted.histogram;
+          return m_Histogram::CreateHistogramArrays(range, layout, density, table);
+        },
+    .density =
+        [](const Values& v, double x, const Limits& limits, const Variant& priorX, Line line) {
+          return m_Histogram::density(x, v.fitted.histogram.density, limits, priorX, line);
+        },
+    .cumulative =
+        [](const Values& v, double x, Line line) {
+          return m_Histogram::HistogramCDF(x, v.fitted.histogram.table, line);
+        },
+    .band = [](const Values& v, const Limits& limits,
+               Line line) { return m_Histogram::band(v.fitted.histogram.table, limits, line); },
+    .value = [](const Values& v, const Band& band, double p,
+                Line line) { return m_Histogram::value(p, v.fitted.histogram.table, band, line); },
+    .ignoresLimits = nullptr,
+    .support =
+        [](const Values& v) {
+          const auto& table = v.fitted.histogram.table;
+          return Support{m_Histogram::HistogramINV(0, table), m_Histogram::HistogramINV(1, table)};
+        },
+    .keepsNothing =
+        [](const Values& v, const Limits& limits) {
+          return m_Histogram::keepsNothing(v.fitted.histogram.density, limits);
+        },
+};
+
+constexpr std::array families{&normal,      &uniform, &triangular, &lognormal,
+                              &exponential, &weibull, &histogram};
 
 }  // namespace
 

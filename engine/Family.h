@@ -4,12 +4,15 @@
 #include <string>
 #include <string_view>
 
+#include "families/m_Histogram.h"
 #include "runtime/Limits.h"
 
 namespace palvex {
 
 /// What validation derives from the parameters and the worksheet, once for many evaluations.
-struct Fitted {};
+struct Fitted {
+  m_Histogram::Arrays histogram;
+};
 
 /// What a family computes on: the current parameters and what was fitted at the last validation.
 struct Values {
@@ -44,6 +47,9 @@ struct Family {
   /// What validation does once each parameter has passed: compares parameters, fits the curve.
   /// Answers with a fault in one sentence, or "". Null when there is nothing to do.
   std::string (*fit)(const std::array<double, 4>& p, Fitted& fitted);
+  /// For a family of worksheet data, in place of the parameters' checks: tabulates the data range
+  /// of param1 in the layout of param2. Answers like `fit`. Null for the others.
+  std::string (*tabulate)(const Variant& param1, const Variant& param2, Fitted& fitted) = nullptr;
   double (*density)(const Values&, double x, const Limits&, const Variant& priorX, Line);
   double (*cumulative)(const Values&, double x, Line);
   /// The two halves of a draw: the kept band, and the value at position p of it.
@@ -53,6 +59,9 @@ struct Family {
   /// Null for a family whose limits always count.
   bool (*ignoresLimits)(const Values&, double p);
   Support (*support)(const Values&);
+  /// Whether limits that reach into the support keep nothing all the same. Null for a family
+  /// without gaps.
+  bool (*keepsNothing)(const Values&, const Limits&) = nullptr;
 };
 
 /// The row of a type's name, or null for a name without a family.

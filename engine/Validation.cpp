@@ -46,6 +46,10 @@ bool c_Distribution::ParamsOK(std::string& errCause) try {
 
 std::string c_Distribution::typeFault() {
   if (family_ == nullptr) return "Incorrect distribution type.";
+  if (family_->tabulate != nullptr) {
+    if (!IsRange(param1)) return "Please select the cells for the " + ParamName(1) + ".";
+    return family_->tabulate(param1, param2, fitted_);
+  }
   for (std::size_t i = 0; i < static_cast<std::size_t>(NumParams()); ++i) {
     const Wording words = wording(family_->demands[i]);
     const Permission allowed{.negative = !words.forbidNegative, .zero = !words.forbidZero};
@@ -107,7 +111,8 @@ Boolean c_Distribution::CellValueError(Object& range) noexcept {
 
 bool c_Distribution::AllTruncated(Line caller) const try {
   enum class Place { belowMin, inMiddle, aboveMax };
-  const Support support = family_->support({staticParams_, fitted_});
+  const Values values{staticParams_, fitted_};
+  const Support support = family_->support(values);
   const auto place = [&](double limit) {
     if (support.lowerIncluded ? limit < support.lower : limit <= support.lower)
       return Place::belowMin;
@@ -118,7 +123,9 @@ bool c_Distribution::AllTruncated(Line caller) const try {
   const auto& [lower, upper] = staticLimits_;
   const bool lowerAboveMax = lower && place(*lower) == Place::aboveMax;
   const bool upperBelowMin = upper && place(*upper) == Place::belowMin;
-  return staticLimits_.reversed() ? lowerAboveMax && upperBelowMin : lowerAboveMax || upperBelowMin;
+  if (staticLimits_.reversed()) return lowerAboveMax && upperBelowMin;
+  return lowerAboveMax || upperBelowMin ||
+         (family_->keepsNothing != nullptr && family_->keepsNothing(values, staticLimits_));
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.AllTruncated", caller);
   throw;
