@@ -1,0 +1,13 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+/// The program's commands, one file each: what it takes, and what it does when it is chosen.
+namespace palvex::terminal {
+
+void addTypes(CLI::App& program);
+void addCheck(CLI::App& program);
+void addEval(CLI::App& program);
+void addDemo(CLI::App& program);
+
+}  // namespace palvex::terminal

@@ -1,0 +1,179 @@
+// The built program, run by the shell: what it prints, how it ends.
+
+#include <fmt/core.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "engine/c_Distribution.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Outcome {
+  int exitCode;
+  std::string out;
+  std::string err;
+};
+
+std::string contents(const fs::path& path) {
+  std::ostringstream all;
+  all << std::ifstream(path, std::ios::binary).rdbuf();
+  return all.str();
+}
+
+/// A folder of the test's own with the worksheet sheet.csv in it.
+class Program : public testing::Test {
+ protected:
+  Program() {
+    fs::create_directories(folder_);
+    std::ofstream(folder_ / "sheet.csv") << "mean,10\n\"sd\",2\nbad,#N/A\nopen,-Infinity\n,word\n";
+    std::ofstream(folder_ / "broken.csv") << "1\n\"2\n";
+  }
+  ~Program() override { fs::remove_all(folder_); }
+
+  /// Runs a shell command in the folder; in it, `palvex` is the program.
+  [[nodiscard]] Outcome run(const std::string& command) const {
+    const std::string line = "cd '" + folder_.string() +
+                             "' && palvex() { '" PALVEX_PROGRAM "' \"$@\"; }\n{ " + command +
+                             "\n} >out 2>err </dev/null";
+    const int status = std::system(line.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contents(folder_ / "out"),
+            contents(folder_ / "err")};
+  }
+
+ private:
+  fs::path folder_ = fs::path(testing::TempDir()) /
+                     ("palvex_" + std::to_string(getpid()) + "_" +
+                      testing::UnitTest::GetInstance()->current_test_info()->name());
+};
+
+struct Case {
+  const char* arguments;
+  int exitCode;
+  const char* out;
+  const char* err;
+};
+
+TEST_F(Program, AnswersExactly) {
+  const std::vector<Case> cases{
+      {"check Normal 10 2", 0,
+       "parameter  given  value\nMean       10        10\nStd Dev    2          2\n", ""},
+      {"check Normal =B1 '=b$2' --ltl =B4 --utl 12 --csv --sheet sheet.csv", 0,
+       "parameter,given,value\nMean,=B1,10\nStd Dev,=b$2,2\nLTL,=B4,-Infinity\nUTL,12,12\n", ""},
+      {"--version", 0, "palvex 0.1.0\n", ""},
+
+      // The engine's sentences.
+      {"check Normal 10 -2", 1, "",
+       "palvex: Negative value for Std Dev.  Must be a non-negative real number.\n"},
+      {"eval normal 10 2 --at 1", 1, "", "palvex: Unknown distribution type 'normal'.\n"},
+      {"check Normal =B3 2 --sheet sheet.csv", 1, "", "palvex: Error in cell value for Mean.\n"},
+      {"check Normal =A1:B2 2 --sheet sheet.csv", 1, "",
+       "palvex: More than one cell selected for Mean.\n"},
+      {"check Normal =B5 2 --sheet sheet.csv", 1, "",
+       "palvex: Non-numeric value in cell referenced for Mean.\n"},
+      {"check Normal '' 2", 1, "", "palvex: Non-numeric value for Mean.\n"},
+      {"check Normal 0 1 --ltl none", 1, "", "palvex: Improper value for LTL.\n"},
+      {"check Normal 0 1 --ltl 5 --utl 5", 1, "",
+       "palvex: LTL value can not be equal to UTL value.\n"},
+      {"eval Normal 5 0 --at 7", 1, "", "palvex: error 11: Division by zero\n  cdf: (7,5,0,0,0)\n"},
+
+      // Wrong use, one line each.
+      {"check Normal 10", 2, "", "palvex: Normal has 2 parameters (Mean, Std Dev), 1 given\n"},
+      {"check Normal 10 2 3", 2, "", "palvex: Normal has 2 parameters (Mean, Std Dev), 3 given\n"},
+      {"check Normal =B1 2", 2, "", "palvex: '=B1' needs a worksheet: --sheet FILE\n"},
+      {"check Normal =B6 2 --sheet sheet.csv", 2, "",
+       "palvex: '=B6' is outside the sheet, which ends at B5\n"},
+      {"check Normal =C1 2 --sheet sheet.csv", 2, "",
+       "palvex: '=C1' is outside the sheet, which ends at B5\n"},
+      {"check Normal =B1+1 2 --sheet sheet.csv", 2, "",
+       "palvex: '=B1+1' is no reference; write =B3 for a cell, =A2:A200 for several\n"},
+      {"check Normal 1 2 --sheet none.csv", 2, "",
+       "palvex: can not read 'none.csv': No such file or directory\n"},
+      {"check Normal 1 2 --sheet .", 2, "", "palvex: can not read '.': Is a directory\n"},
+      {"check Normal 1 2 --sheet broken.csv", 2, "",
+       "palvex: broken.csv line 2: a quoted field is not closed\n"},
+      {"eval Normal 10 2", 2, "", "palvex: eval: say where, with --at X... or --from A --to B\n"},
+      {"eval Normal 10 2 --at ten", 2, "", "palvex: --at: 'ten' is not a number\n"},
+      {"eval Normal 10 2 --from 1 --to 2 --steps 0", 2, "",
+       "palvex: --steps: '0' is not a whole number from 1 to 1000000\n"},
+      {"eval Normal 10 2 --from 1", 2, "", "palvex: --from requires --to\n"},
+      {"types --csv --json", 2, "", "palvex: --csv excludes --json\n"},
+      {"types extra", 2, "", "palvex: The following argument was not expected: extra\n"},
+      {"check Normal 10 2 --nonsense", 2, "",
+       "palvex: The following argument was not expected: --nonsense\n"},
+      {"", 2, "", "palvex: A subcommand is required\n"},
+  };
+  for (const auto& [arguments, exitCode, out, err] : cases) {
+    const Outcome result = run(std::string("palvex ") + arguments);
+    EXPECT_EQ(result.exitCode, exitCode) << arguments;
+    EXPECT_EQ(result.out, out) << arguments;
+    EXPECT_EQ(result.err, err) << arguments;
+  }
+}
+
+TEST_F(Program, EvaluatesAsTheEngineDoes) {
+  palvex::c_Distribution normal;
+  normal.distType("Normal");
+  normal.param1 = 10;
+  normal.param2 = 2;
+  normal.ltl = 10;
+  std::string cause;
+  ASSERT_TRUE(normal.ParamsOK(cause));
+  const auto rows = [&](const char* pattern, std::initializer_list<double> xs) {
+    std::string text;
+    for (const double x : xs) {
+      text += fmt::format(fmt::runtime(pattern), x, normal.pdf(x), normal.cdf(x));
+    }
+    return text;
+  };
+  EXPECT_EQ(run("palvex eval Normal 10 2 --ltl 10 --at 11 -2.5 --csv").out,
+            "x,density,probability\n" + rows("{},{},{}\n", {11, -2.5}));
+  EXPECT_EQ(run("palvex eval Normal =B1 =B2 --ltl =B1 --sheet sheet.csv "
+                "--from 9.5 --to 11.5 --steps 4 --csv")
+                .out,
+            "x,density,probability\n" + rows("{},{},{}\n", {9.5, 10, 10.5, 11, 11.5}));
+  EXPECT_EQ(run("palvex eval Normal 10 2 --ltl 10 --at 12.5 --json").out,
+            "[\n" + rows(" {{\"x\":{},\"density\":{},\"probability\":{}}}\n", {12.5}) + "]\n");
+}
+
+TEST_F(Program, HelpsOnEveryLevelWithExamples) {
+  for (const char* command : {"", "demo", "types", "check", "eval"}) {
+    const Outcome result = run(std::string("palvex ") + command + " --help");
+    EXPECT_EQ(result.exitCode, 0) << command;
+    EXPECT_NE(result.out.find("\nExamples:\n  palvex"), std::string::npos) << command;
+  }
+}
+
+TEST_F(Program, TracesAnErrorWhenAsked) {
+  const Outcome result = run("palvex eval Normal 5 0 --at 7 --trace");
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_NE(result.err.find("\n  palvex\n  in palvex.c_Distribution.cdf at line "),
+            std::string::npos)
+      << result.err;
+}
+
+TEST_F(Program, DemonstratesItsOwnSheet) {
+  const Outcome demo = run("palvex demo");
+  EXPECT_EQ(demo.exitCode, 0);
+  EXPECT_NE(demo.out.find("Error in cell value for Mean."), std::string::npos);
+  const Outcome saved =
+      run("palvex demo --save e.csv && palvex check Normal =B5 =C5 --ltl =D5 --csv --sheet e.csv");
+  EXPECT_EQ(saved.out, "parameter,given,value\nMean,=B5,620\nStd Dev,=C5,45\nLTL,=D5,550\n");
+}
+
+TEST_F(Program, SaysWhenResultsCanNotBeWritten) {
+  const Outcome full = run("palvex types > /dev/full");
+  EXPECT_EQ(full.exitCode, 3);
+  EXPECT_EQ(full.err, "palvex: can not write the results: No space left on device\n");
+  EXPECT_EQ(run("palvex demo --save none/x.csv").err,
+            "palvex: can not write 'none/x.csv': No such file or directory\n");
+}
+
+}  // namespace
