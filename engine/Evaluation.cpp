@@ -39,10 +39,6 @@ double c_Distribution::cdf(double x) try {
   throw;
 }
 
-double c_Distribution::RandVal(double rndP) {
-  return Dynamic ? liveValue(rndP) : keptValue(rndP);
-}
-
 double c_Distribution::keptValue(double rndP) try {
   if (family_ == nullptr) return 0;
   const Values values{staticParams_, fitted_};

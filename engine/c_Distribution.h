@@ -93,7 +93,7 @@ class c_Distribution {
   double cdf(double x);
   /// The value at the position rndP of the truncated distribution's cumulative scale: a random draw
   /// when rndP is a uniform random number of [0, 1].
-  double RandVal(double rndP);
+  double RandVal(double rndP) { return Dynamic ? liveValue(rndP) : keptValue(rndP); }
 
   // ---- graph data ----
 

@@ -3,19 +3,13 @@
 #include <array>
 #include <cmath>
 
+#include "numerics/Polynomial.h"
+
 namespace palvex::m_Normal {
 
 namespace {
 
 constexpr double twoPi = 6.28318530717958;
-
-/// c[0] + c[1] x + ... by Horner's rule.
-template <std::size_t n>
-constexpr double polynomial(const std::array<double, n>& c, double x) {
-  double sum = c[n - 1];
-  for (std::size_t i = n - 1; i-- > 0;) sum = sum * x + c[i];
-  return sum;
-}
 
 }  // namespace
 
