@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -67,6 +68,7 @@ TEST_F(Program, AnswersExactly) {
        "parameter  given  value\nMean       10        10\nStd Dev    2          2\n", ""},
       {"check Normal =B1 '=b$2' --ltl =B4 --utl 12 --csv --sheet sheet.csv", 0,
        "parameter,given,value\nMean,=B1,10\nStd Dev,=b$2,2\nLTL,=B4,-Infinity\nUTL,12,12\n", ""},
+      {"guess Triangular 10 --csv", 0, "parameter,value\nMinimum,9\nLikely,10\nMaximum,11\n", ""},
       {"--version", 0, "palvex 0.1.0\n", ""},
 
       // The engine's sentences.
@@ -104,6 +106,12 @@ TEST_F(Program, AnswersExactly) {
       {"eval Normal 10 2 --from 1 --to 2 --steps 0", 2, "",
        "palvex: --steps: '0' is not a whole number from 1 to 1000000\n"},
       {"eval Normal 10 2 --from 1", 2, "", "palvex: --from requires --to\n"},
+      {"guess Normal x", 2, "", "palvex: VALUE: 'x' is not a number\n"},
+      {"guess Histogram 5", 2, "", "palvex: guess: a histogram is made from data\n"},
+      {"draw Normal 0 1 -n 0", 2, "",
+       "palvex: -n: '0' is not a whole number from 1 to 1000000000000\n"},
+      {"draw Normal 0 1 --seed 1.5", 2, "",
+       "palvex: --seed: '1.5' is not a whole number from 0 to 18446744073709551615\n"},
       {"types --csv --json", 2, "", "palvex: --csv excludes --json\n"},
       {"types extra", 2, "", "palvex: The following argument was not expected: extra\n"},
       {"check Normal 10 2 --nonsense", 2, "",
@@ -143,8 +151,28 @@ TEST_F(Program, EvaluatesAsTheEngineDoes) {
             "[\n" + rows(" {{\"x\":{},\"density\":{},\"probability\":{}}}\n", {12.5}) + "]\n");
 }
 
+// u = (0xe169c58d6627e + 0.5) / 2^52 for the first trial of seed 0: the published Philox vector.
+TEST_F(Program, DrawsTheSameValuesForTheSameSeed) {
+  EXPECT_EQ(run("palvex draw Uniform 0 1 -n 1").out, "0.8805201978886142\n");
+  const std::string five =
+      run("palvex draw Lognormal 1 0.5 0 -n 5 --seed 18446744073709551615").out;
+  const std::string some =
+      run("palvex draw Lognormal 1 0.5 0 -n 10000 --seed 18446744073709551615").out;
+  EXPECT_EQ(some.substr(0, five.size()), five);
+  EXPECT_EQ(std::count(some.begin(), some.end(), '\n'), 10000);
+  EXPECT_NE(run("palvex draw Lognormal 1 0.5 0 -n 5 --seed 1").out, five);
+
+  EXPECT_EQ(run("palvex draw Uniform 0 2 -n 1 --csv -o d.csv; cat d.csv").out,
+            "trial,uniform,value\n1,0.8805201978886142,1.7610403957772285\n");
+  EXPECT_EQ(run("palvex draw Uniform 0 0.5 -n 1 --json").out, "[\n 0.4402600989443071\n]\n");
+  EXPECT_EQ(run("palvex draw Uniform 0 1 -n 20000 --json | python3 -c "
+                "'import json,sys; print(len(json.load(sys.stdin)))'")
+                .out,
+            "20000\n");
+}
+
 TEST_F(Program, HelpsOnEveryLevelWithExamples) {
-  for (const char* command : {"", "demo", "types", "check", "eval"}) {
+  for (const char* command : {"", "demo", "types", "check", "eval", "draw", "guess"}) {
     const Outcome result = run(std::string("palvex ") + command + " --help");
     EXPECT_EQ(result.exitCode, 0) << command;
     EXPECT_NE(result.out.find("\nExamples:\n  palvex"), std::string::npos) << command;
@@ -174,6 +202,13 @@ TEST_F(Program, SaysWhenResultsCanNotBeWritten) {
   EXPECT_EQ(full.err, "palvex: can not write the results: No space left on device\n");
   EXPECT_EQ(run("palvex demo --save none/x.csv").err,
             "palvex: can not write 'none/x.csv': No such file or directory\n");
+  EXPECT_EQ(run("palvex draw Uniform 0 1 -n 100000 -o /dev/full").err,
+            "palvex: can not write '/dev/full': No space left on device\n");
+  // A reader that has seen enough ends the run at once and without a word.
+  const Outcome piped =
+      run("{ palvex draw Uniform 0 1 -n 1000000000; echo $? >code; } | head -n 1; cat code");
+  EXPECT_EQ(piped.out, "0.8805201978886142\n3\n");
+  EXPECT_EQ(piped.err, "");
 }
 
 }  // namespace

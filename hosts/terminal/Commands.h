@@ -8,6 +8,8 @@ namespace palvex::terminal {
 void addTypes(CLI::App& program);
 void addCheck(CLI::App& program);
 void addEval(CLI::App& program);
+void addDraw(CLI::App& program);
+void addGuess(CLI::App& program);
 void addDemo(CLI::App& program);
 
 }  // namespace palvex::terminal

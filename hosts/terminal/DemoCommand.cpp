@@ -12,13 +12,13 @@ namespace palvex::terminal {
 namespace {
 
 constexpr std::string_view sheetText =
-    "Work package,Low,Likely,High\n"
-    "Build (days),8,10,15\n"
-    "Test (days),4,5.5,9\n"
-    "Rates and risks,Mean,Std Dev,At least\n"
-    "Day rate,620,45,550\n"
-    "Delay (days),3,1.5,0\n"
-    "Licence,#N/A,20,\n";
+    "Work package,Low,Likely,High,Past delays\n"
+    "Build (days),8,10,15,0\n"
+    "Test (days),4,5.5,9,2.5\n"
+    "Rates and risks,Mean,Std Dev,At least,1\n"
+    "Day rate,620,45,550,4\n"
+    "Rework (days),3,1.5,0,1.5\n"
+    "Licence,#N/A,20,,3\n";
 
 struct Example {
   const char* name;
@@ -28,11 +28,12 @@ struct Example {
   double at;
 };
 
-const std::array<Example, 5> examples{{
+const std::array<Example, 6> examples{{
     {"Build", "Triangular", {"=B2", "=C2", "=D2"}, nullptr, 10},
     {"Test", "Triangular", {"=B3", "=C3", "=D3"}, nullptr, 6},
     {"Day rate", "Normal", {"=B5", "=C5"}, "=D5", 600},
-    {"Delay", "Normal", {"=B6", "=C6"}, "=D6", 4},
+    {"Rework", "Normal", {"=B6", "=C6"}, "=D6", 4},
+    {"Delay", "Histogram", {"=E2:E7", "Raw Data"}, nullptr, 2},
     {"Licence", "Normal", {"=B7", "=C7"}, nullptr, 100},
 }};
 
@@ -55,7 +56,9 @@ std::string sheetGrid(const Worksheet& sheet) {
 
 std::string description(const Example& example) {
   std::string text = example.type;
-  for (const char* parameter : example.parameters) text += fmt::format(" {}", parameter);
+  for (const std::string_view parameter : example.parameters) {
+    text += fmt::format(parameter.find(' ') == parameter.npos ? " {}" : " \"{}\"", parameter);
+  }
   if (example.lowerLimit != nullptr) text += fmt::format(" --ltl {}", example.lowerLimit);
   return text;
 }
