@@ -57,7 +57,8 @@ std::string sheetGrid(const Worksheet& sheet) {
 std::string description(const Example& example) {
   std::string text = example.type;
   for (const std::string_view parameter : example.parameters) {
-    text += fmt::format(parameter.find(' ') == parameter.npos ? " {}" : " \"{}\"", parameter);
+    const bool blank = parameter.find(' ') != std::string_view::npos;
+    text += fmt::format(" {1}{0}{1}", parameter, blank ? "\"" : "");
   }
   if (example.lowerLimit != nullptr) text += fmt::format(" --ltl {}", example.lowerLimit);
   return text;
