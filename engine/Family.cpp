@@ -5,6 +5,7 @@
 
 #include "families/m_Exponential.h"
 #include "families/m_Histogram.h"
+#include "families/m_Johnson.h"
 #include "families/m_Lognormal.h"
 #include "families/m_Normal.h"
 #include "families/m_Triangular.h"
@@ -43,7 +44,7 @@ const Family uniform{
     .name = "Uniform",
     .demands = {Demand::real, Demand::real},
     .parametersRead = 2,
-    .fit = [](const std::array<double, 4>& p, Fitted&) -> std::string {
+    .fit = [](const std::array<double, 4>& p, Fitted&, Line) -> std::string {
       return p[0] > p[1] ? "Maximum can not be less than Minimum." : "";
     },
     .density = [](const Values& v, double x, const Limits& limits, const Variant&,
@@ -65,7 +66,7 @@ const Family triangular{
     .name = "Triangular",
     .demands = {Demand::real, Demand::real, Demand::real},
     .parametersRead = 3,
-    .fit = [](const std::array<double, 4>& p, Fitted&) -> std::string {
+    .fit = [](const std::array<double, 4>& p, Fitted&, Line) -> std::string {
       if (p[0] > p[1]) return "Likely can not be less than Minimum.";
       return p[1] > p[2] ? "Maximum can not be less than Likely." : "";
     },
@@ -92,7 +93,7 @@ const Family lognormal{
     .name = "Lognormal",
     .demands = {Demand::real, Demand::positive, Demand::real},
     .parametersRead = 3,
-    .fit = [](const std::array<double, 4>& p, Fitted&) -> std::string {
+    .fit = [](const std::array<double, 4>& p, Fitted&, Line) -> std::string {
       return std::isinf(m_Lognormal::standardDeviation(p[0], p[1]))
                  ? "Number overflow.  Please choose a smaller value for Location or Scale."
                  : "";
@@ -158,6 +159,55 @@ const Family weibull{
         },
 };
 
+std::string fitJohnson(const std::array<double, 4>& p, Fitted& fitted, Line line) {
+  const auto& [mean, stdDev, skewness, kurtosis] = p;
+  if (!(kurtosis > 1 + checked(skewness * skewness, line))) {
+    return "Impossible combination of skewness and kurtosis.  Kurtosis "
+           "must be greater than (1 + Skewness^2).";
+  }
+  m_Johnson::CalcJohnson(mean, stdDev, skewness, kurtosis, fitted.johnson, line);
+  fitted.curve = m_Johnson::curveOf(fitted.johnson.typeName);
+  return fitted.johnson.message;
+}
+
+const Family johnson{
+    .name = "Johnson",
+    .demands = {Demand::real, Demand::positive, Demand::real, Demand::positive},
+    .parametersRead = 0,
+    .fit = fitJohnson,
+    .density =
+        [](const Values& v, double x, const Limits& limits, const Variant&, Line line) {
+          return m_Johnson::density(x, v.fitted.johnson, v.fitted.curve, limits, line);
+        },
+    .cumulative =
+        [](const Values& v, double x, Line line) {
+          return m_Johnson::cumulative(x, v.fitted.johnson, v.fitted.curve, line);
+        },
+    .band =
+        [](const Values& v, const Limits& limits, Line line) {
+          return m_Johnson::band(v.fitted.johnson, v.fitted.curve, limits, line);
+        },
+    .value = [](const Values& v, const Band& band, double p,
+                Line line) { return m_Johnson::value(p, v.fitted.johnson, band, line); },
+    .ignoresLimits = nullptr,
+    .support =
+        [](const Values& v) {
+          const m_Johnson::JohnsonParams& curve = v.fitted.johnson;
+          switch (v.fitted.curve) {
+            case m_Johnson::Curve::SL:
+              return curve.lambda > 0 ? Support{curve.xi, infinity, false}
+                                      : Support{-infinity, curve.xi, true, false};
+            case m_Johnson::Curve::SB:
+              // A fit that failed without a message has no ends.
+              if (curve.delta > 0) return Support{curve.xi, curve.xi + curve.lambda, false, false};
+              break;
+            default:
+              break;
+          }
+          return Support{-infinity, infinity};
+        },
+};
+
 const Family histogram{
     .name = "Histogram",
     .demands = {},
@@ -193,7 +243,7 @@ const Family histogram{
 };
 
 constexpr std::array families{&normal,      &uniform, &triangular, &lognormal,
-                              &exponential, &weibull, &histogram};
+                              &exponential, &weibull, &johnson,    &histogram};
 
 }  // namespace
 

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "families/m_Histogram.h"
+#include "families/m_Johnson.h"
 #include "runtime/Limits.h"
 
 namespace palvex {
@@ -12,6 +13,8 @@ namespace palvex {
 /// What validation derives from the parameters and the worksheet, once for many evaluations.
 struct Fitted {
   m_Histogram::Arrays histogram;
+  m_Johnson::JohnsonParams johnson;
+  m_Johnson::Curve curve = m_Johnson::Curve::none;  // the one of johnson.typeName
 };
 
 /// What a family computes on: the current parameters and what was fitted at the last validation.
@@ -46,7 +49,7 @@ struct Family {
   std::size_t parametersRead;
   /// What validation does once each parameter has passed: compares parameters, fits the curve.
   /// Answers with a fault in one sentence, or "". Null when there is nothing to do.
-  std::string (*fit)(const std::array<double, 4>& p, Fitted& fitted);
+  std::string (*fit)(const std::array<double, 4>& p, Fitted& fitted, Line);
   /// For a family of worksheet data, in place of the parameters' checks: tabulates the data range
   /// of param1 in the layout of param2. Answers like `fit`. Null for the others.
   std::string (*tabulate)(const Variant& param1, const Variant& param2, Fitted& fitted) = nullptr;

@@ -36,6 +36,7 @@ bool equalLimits(const Variant& lower, const Variant& upper) {
 }  // namespace
 
 bool c_Distribution::ParamsOK(std::string& errCause) try {
+  errCause.clear();
   errCause = typeFault();
   if (errCause.empty()) errCause = limitsFault();
   return errCause.empty();
@@ -60,7 +61,7 @@ std::string c_Distribution::typeFault() {
   }
   if (family_->fit == nullptr) return "";
   SetStaticParams();
-  return family_->fit(staticParams_, fitted_);
+  return family_->fit(staticParams_, fitted_, Line::here());
 }
 
 std::string c_Distribution::limitsFault() {
@@ -73,11 +74,10 @@ std::string c_Distribution::limitsFault() {
   return "";
 }
 
-std::string c_Distribution::BadParam(const Variant& param, const Permission& allowed,
-                                     Line caller) try {
+std::string c_Distribution::BadParam(Variant param, const Permission& allowed, Line caller) try {
   const bool range = IsRange(param);
   if (range) {
-    if (param.toObject()->get("Count").toDouble() > 1) return "More than one cell selected for ";
+    if (param.toObject()->get("count").toDouble() > 1) return "More than one cell selected for ";
     if (CellValueError(*param.toObject())) return "Error in cell value for ";
   }
   const Variant value = range ? param.toObject()->get("Value") : param;
@@ -99,7 +99,7 @@ std::string c_Distribution::BadParam(const Variant& param, const Permission& all
 
 Boolean c_Distribution::CellValueError(Object& range) noexcept {
   try {
-    const double count = range.get("Count").toDouble();
+    const double count = range.get("count").toDouble();
     for (std::int32_t i = 1; i <= count; ++i) {
       static_cast<void>(range.get("Cells", {i}).toObject()->get("Value").toText());
     }

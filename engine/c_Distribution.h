@@ -151,8 +151,9 @@ class c_Distribution {
   // Validation (Validation.cpp).
   std::string typeFault();
   std::string limitsFault();
-  static std::string BadParam(const Variant& param, const Permission& allowed,
-                              Line caller = Line::here());
+  /// The first words about a parameter or limit that is bad, "" for a good one. A copy is judged:
+  /// the host may change its own while it answers.
+  static std::string BadParam(Variant param, const Permission& allowed, Line caller = Line::here());
   static Boolean CellValueError(Object& range) noexcept;
   [[nodiscard]] bool AllTruncated(Line caller = Line::here()) const;
 

@@ -253,8 +253,8 @@ CurveMoments curveMoments(const JohnsonParams& params) {
   };
   const double sd = std::sqrt(central(2));
   const double scale = curve == Curve::SL ? 1 : params.lambda;
-  return {checked(params.xi + scale * mean), checked(scale * sd),
-          Divide(central(3), sd * sd * sd), Divide(central(4), sd * sd * sd * sd)};
+  return {checked(params.xi + scale * mean), checked(scale * sd), Divide(central(3), sd * sd * sd),
+          Divide(central(4), sd * sd * sd * sd)};
 }
 
 }  // namespace palvex::m_Johnson

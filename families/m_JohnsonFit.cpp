@@ -32,8 +32,8 @@ LognormalPoint lognormalPoint(double skewness) {
 
 void CalcJohnson(double mean, double stdDev, double skewness, double kurtosis,
                  JohnsonParams& params, Line caller) try {
-  JNSN(mean, stdDev, skewness, kurtosis, params.typeCode, params.gamma, params.delta,
-       params.lambda, params.xi, params.message);
+  JNSN(mean, stdDev, skewness, kurtosis, params.typeCode, params.gamma, params.delta, params.lambda,
+       params.xi, params.message);
   constexpr std::array names{"SL", "SU", "SB", "Normal"};  // of the codes that the fit gives
   params.typeName =
       params.message.empty() ? names.at(static_cast<std::size_t>(params.typeCode - 1)) : "Error";
@@ -193,23 +193,21 @@ void SBFIT(double mean, double stdDev, double skewness, double kurtosis, double&
       std::array<double, 5> dd{};  // of the raw moments
       for (std::size_t k = 1; k <= 4; ++k) {
         const auto t = static_cast<double>(k);
-        const double s = j == 1 ? mu[k + 1] - mu[k]
-                                : Divide((w - t) * (mu[k] - mu[k + 1]) +
-                                             (t + 1) * (mu[k + 1] - mu[k + 2]),
-                                         d2);
+        const double s =
+            j == 1 ? mu[k + 1] - mu[k]
+                   : Divide((w - t) * (mu[k] - mu[k + 1]) + (t + 1) * (mu[k + 1] - mu[k + 2]), d2);
         dd[k] = Divide(t * s, d);
       }
       const double t = 2 * mu[1] * dd[1];
       const double s = mu[1] * dd[2];
       const double y = dd[2] - t;
-      derivative[j] =
-          Divide(dd[3] - 3 * (s + mu[2] * dd[1] - t * mu[1]) - 1.5 * h3 * y / h2, h2a);
+      derivative[j] = Divide(dd[3] - 3 * (s + mu[2] * dd[1] - t * mu[1]) - 1.5 * h3 * y / h2, h2a);
       derivative[j + 2] = Divide(dd[4] - 4 * (dd[3] * mu[1] + dd[1] * mu[3]) +
                                      6 * (mu[2] * t + mu[1] * (s - t * mu[1])) - 2 * h4 * y / h2,
                                  h2b);
     }
-    const double scale = Divide(
-        1, checked(derivative[1] * derivative[4] - derivative[2] * derivative[3]));
+    const double scale =
+        Divide(1, checked(derivative[1] * derivative[4] - derivative[2] * derivative[3]));
     const double skewnessError = skewnessNow - rootB1;
     const double kurtosisError = kurtosisNow - kurtosis;
     gStep = checked((derivative[4] * skewnessError - derivative[2] * kurtosisError) * scale);
@@ -319,8 +317,6 @@ void SBMOM(double g, double d, RawMoments& mu, Boolean& sbFault, std::string& me
       case Change::vanished:
         return fail(zeroMoment);
       case Change::none:
-        // A negative moment (of a negative d) has no root: that fails the fit.
-        static_cast<void>(Sqr(mu[2]));
         return;
       case Change::some:
         break;

@@ -416,7 +416,7 @@ TEST(Validation, JudgesTheLimits) {
 TEST(Validation, AnswersOrRaisesWhicheverReadOfARangeFails) {
   // However many reads succeed before the range falls silent, the caller gets a sentence or a
   // numbered error with its trace.
-  for (const char* member : {"Application", "Address", "Count", "Cells", "Value"}) {
+  for (const char* member : {"Application", "Address", "count", "Cells", "Value"}) {
     for (int nth = 1; nth <= 12; ++nth) {
       const auto range = cell(2);
       c_Distribution d;
@@ -437,7 +437,7 @@ TEST(Validation, AnswersOrRaisesWhicheverReadOfARangeFails) {
   c_Distribution d;
   d.distType("Normal");
   d.param2 = silent;
-  silent->failingRead["Count"] = 1;
+  silent->failingRead["count"] = 1;
   std::string cause;
   const auto fault = faultOf([&] { return d.ParamsOK(cause); });
   ASSERT_TRUE(fault);
