@@ -1,0 +1,26 @@
+# What `cmake --install` puts where: the library, its headers below include/palvex as they lie in the
+# source tree, a CMake package and a pkg-config file, and the terminal program if it was built.
+include(CMakePackageConfigHelpers)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/palvex)
+
+install(TARGETS palvex EXPORT palvex)
+install(DIRECTORY runtime numerics families engine
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/palvex
+        FILES_MATCHING PATTERN "*.h")
+install(EXPORT palvex NAMESPACE palvex:: FILE palvexConfig.cmake DESTINATION ${package_dir})
+
+# Before version 1 a new minor version may change the interface.
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/palvexConfigVersion.cmake
+                                 COMPATIBILITY SameMinorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/palvexConfigVersion.cmake DESTINATION ${package_dir})
+
+# The pkg-config file finds the prefix from its own place, so that an install can be moved.
+file(RELATIVE_PATH prefix_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" prefix_from_pkgconfig ${prefix_from_pkgconfig})
+configure_file(cmake/palvex.pc.in palvex.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/palvex.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+if(PALVEX_BUILD_TERMINAL)
+  install(TARGETS palvex_terminal)
+endif()
