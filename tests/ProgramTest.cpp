@@ -68,6 +68,18 @@ TEST_F(Program, AnswersExactly) {
        "parameter  given  value\nMean       10        10\nStd Dev    2          2\n", ""},
       {"check Normal =B1 '=b$2' --ltl =B4 --utl 12 --csv --sheet sheet.csv", 0,
        "parameter,given,value\nMean,=B1,10\nStd Dev,=b$2,2\nLTL,=B4,-Infinity\nUTL,12,12\n", ""},
+      {"check Johnson 5 2 0 3 --csv", 0,
+       "parameter,given,value,fitted\nMean,5,5,5\nStd Dev,2,2,2\nSkewness,0,0,0\nKurtosis,3,3,3\n"
+       "Curve,,,Normal\ngamma,,,2\ndelta,,,0\nlambda,,,5\nxi,,,0\n",
+       ""},
+      {"check Johnson 0 1 2.084 11.55 --ltl =B1 --sheet sheet.csv", 0,
+       "parameter  given  value  fitted\nMean       0          0\nStd Dev    1          1\n"
+       "Skewness   2.084  2.084\nKurtosis   11.55  11.55\nLTL        =B1       10\n"
+       "Curve                    none: the fit did not converge\n",
+       ""},
+      {"check Johnson 0 1 1 2", 1, "",
+       "palvex: Impossible combination of skewness and kurtosis.  Kurtosis must be greater than (1 "
+       "+ Skewness^2).\n"},
       {"guess Triangular 10 --csv", 0, "parameter,value\nMinimum,9\nLikely,10\nMaximum,11\n", ""},
       {"--version", 0, "palvex 0.1.0\n", ""},
 

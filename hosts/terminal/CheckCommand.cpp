@@ -1,3 +1,4 @@
+#include "families/m_Johnson.h"
 #include "hosts/terminal/Arguments.h"
 #include "hosts/terminal/Commands.h"
 #include "hosts/terminal/Output.h"
@@ -6,15 +7,16 @@ namespace palvex::terminal {
 
 namespace {
 
-/// The content of a parameter or limit, that of its cell for a reference to one.
+/// What a parameter or limit holds: itself, or the content of its range.
+Variant content(const Variant& value) {
+  return value.isObject() ? value.toObject()->get("Value") : value;
+}
+
 Table::Cell shownValue(const Variant& value) {
-  if (value.isObject()) {
-    const Variant content = value.toObject()->get("Value");
-    if (!content.isArray()) return shownValue(content);
-    return value.toObject()->get("Count").toText() + " cells";
-  }
-  if (value.isNumeric()) return value.toDouble();
-  if (value.isText()) return value.toText();
+  const Variant held = content(value);
+  if (held.isArray()) return value.toObject()->get("Count").toText() + " cells";
+  if (held.isNumeric()) return held.toDouble();
+  if (held.isText()) return held.toText();
   return {};
 }
 
@@ -24,16 +26,50 @@ Table checkedTable(const std::vector<DistributionArguments::Item>& items) {
   return table;
 }
 
+/// As checkedTable, with the Johnson curve that was fitted: the moments that it really has beside
+/// those asked for, its type and its constants.
+Table johnsonTable(const std::vector<DistributionArguments::Item>& items) {
+  std::array<double, 4> asked{};
+  for (std::size_t i = 0; i < asked.size(); ++i) asked[i] = content(items.at(i).value).toDouble();
+  m_Johnson::JohnsonParams curve;
+  m_Johnson::CalcJohnson(asked[0], asked[1], asked[2], asked[3], curve);
+
+  // A fit may end without a curve and without a message: all its constants are 0 then.
+  const bool fitted = curve.gamma != 0 || curve.delta != 0 || curve.lambda != 0 || curve.xi != 0;
+  std::array<Table::Cell, 4> moments;
+  if (fitted) {
+    const auto [mean, stdDev, skewness, kurtosis] = m_Johnson::curveMoments(curve);
+    moments = {mean, stdDev, skewness, kurtosis};
+  }
+
+  Table table({"parameter", "given", "value", "fitted"});
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    const auto& [name, given, value] = items[i];
+    table.add({name, given, shownValue(value), i < moments.size() ? moments[i] : Table::Cell{}});
+  }
+  table.add({"Curve", {}, {}, fitted ? curve.typeName : "none: the fit did not converge"});
+  if (fitted) {
+    table.add({"gamma", {}, {}, curve.gamma});
+    table.add({"delta", {}, {}, curve.delta});
+    table.add({"lambda", {}, {}, curve.lambda});
+    table.add({"xi", {}, {}, curve.xi});
+  }
+  return table;
+}
+
 }  // namespace
 
 void addCheck(CLI::App& program) {
   CLI::App* command = program.add_subcommand(
       "check", "Check a distribution's parameters and limits, and show their values");
   command->footer(
-      "A fault is one sentence on standard error, and the exit code is 1.\n\n"
+      "A fault is one sentence on standard error, and the exit code is 1.\n"
+      "For Johnson also the fitted curve: the moments that it really has beside those asked for\n"
+      "(the published fit is loose), its type (SL, SU, SB or Normal) and its constants.\n\n"
       "Examples:\n"
       "  palvex check Normal 10 2\n"
       "  palvex check Triangular =B2 =C2 =D2 --ltl 0 --sheet estimate.csv\n"
+      "  palvex check Johnson 10 2 0.5 4\n"
       "  palvex check Normal 10 -2");
   struct Options : ResultOptions, DistributionArguments {};
   const auto options = std::make_shared<Options>();
@@ -42,8 +78,9 @@ void addCheck(CLI::App& program) {
   command->callback([options] {
     c_Distribution distribution;
     const auto items = options->setChecked(distribution);
+    const Table table = options->type == "Johnson" ? johnsonTable(items) : checkedTable(items);
     Output output;
-    output.write(checkedTable(items).text(options->format));
+    output.write(table.text(options->format));
     output.close();
   });
 }
