@@ -6,10 +6,10 @@ namespace palvex {
 
 Boolean c_Distribution::IsRange(const Variant& v) noexcept {
   try {
-    Object& object = *v.toObject();
-    static_cast<void>(object.get("Application").toObject());
-    static_cast<void>(object.get("Address").toText());
-    static_cast<void>(object.get("Value"));
+    const std::shared_ptr<Object> object = v.toObject();
+    static_cast<void>(object->get("Application").toObject());
+    static_cast<void>(object->get("Address").toText());
+    static_cast<void>(object->get("Value"));
     return true;
   } catch (...) {
     return false;  // whatever goes wrong: this is no range

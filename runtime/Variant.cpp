@@ -68,7 +68,7 @@ std::string Variant::toText(Line line) const {
   raise(fault::typeMismatch, line);
 }
 
-const std::shared_ptr<Object>& Variant::toObject(Line line) const {
+std::shared_ptr<Object> Variant::toObject(Line line) const {
   const auto* object = std::get_if<std::shared_ptr<Object>>(&content_);
   if (object == nullptr || *object == nullptr) raise(fault::typeMismatch, line);
   return *object;

@@ -444,6 +444,35 @@ TEST(Validation, AnswersOrRaisesWhicheverReadOfARangeFails) {
   EXPECT_TRUE(fault->source().starts_with("host\r\nin palvex.c_Distribution.BadParam at line "));
 }
 
+TEST(Validation, SurvivesARangeThatChangesTheObject) {
+  struct Hostile : FakeRange {
+    Hostile(c_Distribution& d, std::string_view when) : FakeRange({2}), victim(&d), member(when) {}
+    Variant doGet(std::string_view asked, const std::vector<Variant>& arguments) override {
+      if (sameMember(asked, member)) victim->param2 = victim->ltl = victim->param1 = 7;
+      return FakeRange::doGet(asked, arguments);
+    }
+    c_Distribution* victim;
+    std::string_view member;
+  };
+  for (const char* member : {"Application", "Address", "count", "Cells", "Value"}) {
+    for (const char* type : {"Normal", "Histogram"}) {
+      c_Distribution d;
+      d.distType(type);
+      d.param1 = std::make_shared<Hostile>(d, member);
+      d.param2 = std::make_shared<Hostile>(d, member);
+      d.ltl = std::make_shared<Hostile>(d, member);
+      std::string cause;
+      static_cast<void>(faultOf([&] { return d.ParamsOK(cause); }));
+      d.ltl = std::make_shared<Hostile>(d, member);
+      d.Dynamic = true;
+      static_cast<void>(faultOf([&] { return d.RandVal(0.5); }));
+      if (d.distType() == "Normal") {
+        EXPECT_EQ(d.param1, Variant(7)) << member;
+      }
+    }
+  }
+}
+
 TEST(Validation, LaterFaultsLeaveTheEarlierCachesRefreshed) {
   Checked d(1, 1, -5, {});
   d.param1 = 2;
