@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "engine/c_Distribution.h"
@@ -177,10 +178,8 @@ TEST_F(Program, DrawsTheSameValuesForTheSameSeed) {
   EXPECT_EQ(run("palvex draw Uniform 0 2 -n 1 --csv -o d.csv; cat d.csv").out,
             "trial,uniform,value\n1,0.8805201978886142,1.7610403957772285\n");
   EXPECT_EQ(run("palvex draw Uniform 0 0.5 -n 1 --json").out, "[\n 0.4402600989443071\n]\n");
-  EXPECT_EQ(run("palvex draw Uniform 0 1 -n 20000 --json | python3 -c "
-                "'import json,sys; print(len(json.load(sys.stdin)))'")
-                .out,
-            "20000\n");
+  const std::string json = run("palvex draw Uniform 0 1 -n 20000 --json").out;
+  EXPECT_EQ(nlohmann::json::parse(json).size(), 20000u);
 }
 
 TEST_F(Program, HelpsOnEveryLevelWithExamples) {
@@ -206,6 +205,28 @@ TEST_F(Program, DemonstratesItsOwnSheet) {
   const Outcome saved =
       run("palvex demo --save e.csv && palvex check Normal =B5 =C5 --ltl =D5 --csv --sheet e.csv");
   EXPECT_EQ(saved.out, "parameter,given,value\nMean,=B5,620\nStd Dev,=C5,45\nLTL,=D5,550\n");
+}
+
+// The console examples of the documents, run as they stand there.
+TEST_F(Program, DoesWhatTheDocumentsShow) {
+  for (const char* document : {"README.md", "docs/terminal.md"}) {
+    std::istringstream lines(contents(fs::path(PALVEX_SOURCE) / document));
+    std::string commands = "run() { palvex \"$@\"; }\n";
+    std::string shown;
+    bool inside = false;
+    for (std::string line; std::getline(lines, line);) {
+      if (line.starts_with("```")) {
+        inside = line == "```console";
+      } else if (inside && line.starts_with("$ ")) {
+        const auto program = line.find("./run ") == 2 ? line.substr(4) : line.substr(2);
+        commands += program.substr(0, program.find(" #")) + " 2>&1\n";
+      } else if (inside) {
+        shown += line + '\n';
+      }
+    }
+    ASSERT_FALSE(shown.empty()) << document;
+    EXPECT_EQ(run(commands + "true").out, shown) << document;
+  }
 }
 
 TEST_F(Program, SaysWhenResultsCanNotBeWritten) {
