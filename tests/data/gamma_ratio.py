@@ -1,0 +1,169 @@
+#!/usr/bin/env python3
+"""Writes gratio.csv and gaminv.csv: incomplete gamma ratios and their inverse, from arbitrary precision.
+
+gratio.csv: a, x, P, Q, conditioning of P, conditioning of Q
+gaminv.csv: a, p, q, x, conditioning of x
+The conditioning is the larger of |v f'(v)/f| over the two arguments (for the inverse: over a and the smaller
+of p and q). Needs mpmath.
+"""
+import math
+import random
+import sys
+
+from mpmath import exp, log, loggamma, mp, mpf
+
+mp.prec = 260
+BITS = 260
+
+
+def fixed(v, bits):
+    return int(mp.floor(v * mpf(2) ** bits))
+
+
+def tails(a, x):
+    """P, Q and x^a exp(-x)/Gamma(a), each to about 60 digits."""
+    a, x = mpf(a), mpf(x)
+    mp.prec = BITS
+    density = exp(a * log(x) - x - loggamma(a))
+    if a >= 300 and x > a:  # the finite part of the expansion in 1/x, complete to exp(-a)
+        bits = 200
+        one, big_x, big_a = 1 << bits, fixed(x, bits), fixed(a, bits)
+        term = total = one
+        k = 0
+        while term > 0 and k < a - 1:
+            k += 1
+            term = term * (big_a - (k << bits)) // big_x
+            total += term
+        q = density / x * total / one
+        return 1 - q, q, density
+    # Taylor's series; the complement of a tiny Q needs as many more digits as Q has zeros.
+    extra = 0
+    if x > a:
+        extra = max(0, int(-mp.log(density / x + mpf(10) ** -330, 2))) + 40
+    bits = 200 + extra
+    one, big_x, big_a = 1 << bits, fixed(x, bits), fixed(a, bits)
+    term = total = one
+    k = 0
+    while term > 0:
+        k += 1
+        term = term * big_x // (big_a + (k << bits))
+        total += term
+    mp.prec = BITS + extra
+    p = exp(a * log(x) - x - loggamma(a)) / a * total / one
+    q = 1 - p
+    mp.prec = BITS
+    return +p, +q, density
+
+
+def conditioning(a, x):
+    p, q, density = tails(a, x)
+    h = mpf(a) * mpf(10) ** -20
+    slope = (tails(a + h, x)[0] - tails(a - h, x)[0]) / (2 * h) if min(p, q) > mpf(10) ** -30 else None
+    if slope is None:  # difference the small tail itself
+        i = 0 if p < q else 1
+        slope = (tails(a + h, x)[i] - tails(a - h, x)[i]) / (2 * h) * (1 if i == 0 else -1)
+    return p, q, density, abs(a * slope)
+
+
+def short(v):
+    return mp.nstr(v, 3, min_fixed=0, max_fixed=0)
+
+
+def full(v):
+    return mp.nstr(v, 17)
+
+
+def fits(p, q):
+    return min(p, q) > mpf(10) ** -300
+
+
+def points(rng, count):
+    """Shapes 1e-3 .. 1e7, tails from the middle to 1e-300."""
+    made = 0
+    while made < count:
+        a = float("%.6g" % math.exp(rng.uniform(math.log(1e-3), math.log(1e7))))
+        if rng.random() < 0.12:
+            a = rng.randint(1, 40) / 2
+        kind = rng.random()
+        if kind < 0.45:
+            z = rng.gauss(0, 1.5)
+        else:
+            z = rng.uniform(-37, 37)
+        root = 1 - 1 / (9 * a) + z / (3 * math.sqrt(a))
+        x = a * root**3 if a >= 0.5 and root > 0 else 0
+        if x < 0.3 * a or x > 4 * a:
+            if kind < 0.7:
+                tail = rng.uniform(-690, 0) if rng.random() < 0.5 else math.log(rng.random())
+                exponent = (tail + math.lgamma(a + 1)) / a
+                if exponent < -680 or exponent > math.log(a + 1):
+                    continue
+                x = math.exp(exponent)
+            else:
+                x = math.exp(rng.uniform(math.log(max(a, 1e-2)), math.log(a + 700)))
+        yield a, float("%.7g" % x)
+        made += 1
+
+
+def borders():
+    """Both sides of every border between two methods."""
+
+    def around(v):
+        return math.nextafter(v, 0), v, math.nextafter(v, math.inf)
+
+    for a in (1e-3, 0.05, 0.2, 0.3, 0.4247, 0.45, 0.5, 0.7, 0.9, math.nextafter(1, 0)):
+        for border in (0.25, 1.1, 2.59 * a, math.exp(-0.13394 / a) if a > 1e-2 else 0.5):
+            for x in around(border):
+                yield a, x
+    for x in (0.2, 0.26, 1, 1.2, 5, 40):
+        for a in around(0.5) + around(1):
+            yield a, x
+    for x in (10, 12.9, 13.2, 20, 26.9, 27.1, 30.9, 31, 31.1, 60):
+        for a in around(20) + around(30) + around(x / 2.59):
+            yield a, x
+    for a in (1, 1.5, 2, 2.3, 2.5, 7, 7.25, 15.5, 19, math.nextafter(20, 0), 20, 22, 25, math.nextafter(30, 0), 30, 31, 100, 5000, 1e5, 1e7):
+        for border in (a, 2.30258509299405, 31, 1.4 * a, 0.6 * a, 1.35 * a, 0.65 * a, 1.57 * a, 0.61 * a, 700):
+            if a < 400 or border == a:
+                for x in around(border):
+                    yield a, x
+        for sd in (-3, -1, 1, 3):
+            yield a, a + sd * math.sqrt(a)
+    for n in range(2, 40, 3):
+        for a in around(n / 2):
+            yield a, a * 1.2
+    for a in (1e5, 1e6, 1e7):  # x/a near 1
+        for s in (-1e-3, -2.5e-7, 2.5e-7, 1e-3, -1e-9, 1e-9):
+            yield a, a * (1 + s)
+
+
+def main():
+    rng = random.Random(654)
+    chosen = [(a, x) for a, x in points(rng, 2100)] + [(a, x) for a, x in borders() if x > 0]
+    with open("gratio.csv", "w") as ratios, open("gaminv.csv", "w") as inverses:
+        for a, x in chosen:
+            p, q, density, by_a = conditioning(a, x)
+            if not fits(p, q):
+                continue
+            ratios.write(",".join([repr(a), repr(x), full(p), full(q), short(max(density, by_a) / p),
+                                   short(max(density, by_a) / q)]) + "\n")
+            if min(p, q) < mpf(10) ** -290:
+                continue
+            # The nearest doubles p and q with p + q = 1, and the x that belongs to them.
+            if p <= q:
+                p0 = float(p)
+                q0 = 1 - p0
+                moved = mpf(x) * (1 + (mpf(p0) - p) / density)
+                by_p = p / density
+            else:
+                q0 = float(q)
+                p0 = 1 - q0
+                moved = mpf(x) * (1 - (mpf(q0) - q) / density)
+                by_p = q / density
+            if abs(moved / x - 1) > mpf(10) ** -9 or p0 in (0, 1) and q0 in (0, 1):
+                continue
+            inverses.write(",".join([repr(a), repr(p0), repr(q0), full(moved),
+                                     short(max(by_p, by_a / density))]) + "\n")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
