@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "families/m_Exponential.h"
+#include "families/m_Gamma.h"
 #include "families/m_Histogram.h"
 #include "families/m_Johnson.h"
 #include "families/m_Lognormal.h"
@@ -159,6 +160,29 @@ const Family weibull{
         },
 };
 
+const Family gamma{
+    .name = "Gamma",
+    .demands = {Demand::positive, Demand::positive, Demand::real},
+    .parametersRead = 3,
+    .fit = nullptr,
+    .density = [](const Values& v, double x, const Limits& limits, const Variant&,
+                  Line line) { return m_Gamma::density(x, v.p[0], v.p[1], v.p[2], limits, line); },
+    // The scale serves as the rate, and a minimum turns the probability into that above x.
+    .cumulative =
+        [](const Values& v, double x, Line line) {
+          return m_Gamma::GammaCDF(x, v.p[0], v.p[1], v.p[2] != 0, line).toDouble(line);
+        },
+    .band = [](const Values& v, const Limits& limits,
+               Line line) { return m_Gamma::band(v.p[0], v.p[1], v.p[2], limits, line); },
+    .value = [](const Values& v, const Band& band, double p,
+                Line line) { return m_Gamma::value(p, v.p[0], v.p[1], v.p[2], band, line); },
+    .ignoresLimits = nullptr,
+    .support =
+        [](const Values& v) {
+          return Support{v.p[2], infinity};
+        },
+};
+
 std::string fitJohnson(const std::array<double, 4>& p, Fitted& fitted, Line line) {
   const auto& [mean, stdDev, skewness, kurtosis] = p;
   if (!(kurtosis > 1 + checked(skewness * skewness, line))) {
@@ -242,8 +266,8 @@ const Family histogram{
         },
 };
 
-constexpr std::array families{&normal,      &uniform, &triangular, &lognormal,
-                              &exponential, &weibull, &johnson,    &histogram};
+constexpr std::array families{&normal,  &uniform, &triangular, &lognormal, &exponential,
+                              &weibull, &gamma,   &johnson,    &histogram};
 
 }  // namespace
 

@@ -155,22 +155,16 @@ Ratio finiteSum(double a, double x) {
   return fromQ(sum, term * x);
 }
 
-/// y = a rlog(x/a), without the rounding of x/a where it would show.
-double exponent(double a, double x, double s) {
-  if (s > -0.39 && s < 0.57) return a * m_MathUtil::rlog1(s);
-  return (x - a) - a * std::log(x / a);
-}
-
-/// a >= 30, s = x/a - 1 small, y = a rlog(x/a).
-Ratio temme(const Shape& shape, double s, double y) {
+/// a >= 30, x near a, y = a rlog(x/a).
+Ratio temme(const Shape& shape, double x, double y) {
   const double a = shape.a;
   const double root = std::sqrt(y);
-  const double z = std::copysign(std::sqrt(2 * (y / a)), s);
+  const double z = std::copysign(std::sqrt(2 * (y / a)), x - a);
   const double bell = std::exp(-y);
   const double w = 0.5 * m_MathUtil::erfc1(1, root);
   const double t = inverseRootTwoPi * polynomial(shape.temme, z) / std::sqrt(a);
   const double density = shape.factor * bell;
-  return s >= 0 ? fromQ(bell * (w + t), density) : fromP(bell * (w - t), density);
+  return x >= a ? fromQ(bell * (w + t), density) : fromP(bell * (w - t), density);
 }
 
 /// The factor of exp(-a rlog(x/a)) in the density for a >= 30.
@@ -248,9 +242,15 @@ Shape::Shape(double shape) : a(shape) {
   }
 }
 
+double deviance(double a, double x) {
+  const double s = (x - a) / a;
+  if (s > -0.39 && s < 0.57) return a * m_MathUtil::rlog1(s);
+  return (x - a) - a * std::log(x / a);
+}
+
 double densityAt(const Shape& shape, double x) {
   const double a = shape.a;
-  if (a >= largeShape) return shape.factor * std::exp(-exponent(a, x, (x - a) / a));
+  if (a >= largeShape) return shape.factor * std::exp(-deviance(a, x));
   if (x < 700) return shape.factor * (std::exp(-x) * std::pow(x, a));
   return shape.factor * std::exp(a * std::log(x) - x);  // exp(-x) alone would underflow
 }
@@ -261,10 +261,9 @@ Ratio ratioAt(const Shape& shape, double x) {
 
   double density = 0;
   if (a >= largeShape) {
-    const double s = (x - a) / a;
-    const double y = exponent(a, x, s);
+    const double y = deviance(a, x);
     if (!(y < 700)) return limitRatio(a, x);
-    if (std::abs(s) <= temmeRange) return temme(shape, s, y);
+    if (std::abs(x - a) <= temmeRange * a) return temme(shape, x, y);
     density = shape.factor * std::exp(-y);
   } else {
     if (a == 0.5) return oneHalf(x);

@@ -16,6 +16,9 @@ struct Ratio {
 /// The ratios at x >= 0; the shape finite.
 Ratio ratioAt(const Shape& shape, double x);
 
+/// a rlog(x/a) for a > 0, x > 0, without the rounding of x/a where it would show.
+double deviance(double a, double x);
+
 /// exp(-x) x^a / gamma(a) for x > 0.
 double densityAt(const Shape& shape, double x);
 

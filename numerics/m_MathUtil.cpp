@@ -105,13 +105,14 @@ double rlog(double x, Line caller) try {
 
 double rlog1(double x, Line caller) try {
   if (x < -0.39 || x > 0.57) return checked(x - Log((x + 0.5) + 0.5));
+  // The constants to full precision: where the result is small, 15 digits of them would show.
   if (x < -0.18) {
     const double u = (x + 0.3) / 0.7;
-    return reducedRlog(u) + (rlogAtSevenTenths - 0.3 * u);
+    return reducedRlog(u) + (0.056674943938732378912 - 0.3 * u);
   }
   if (x > 0.18) {
     const double u = 0.75 * x - 0.25;
-    return reducedRlog(u) + (rlogAtFourThirds + u / 3);
+    return reducedRlog(u) + (0.045651260881552405889 + u / 3);
   }
   return checked(reducedRlog(x));
 } catch (RuntimeError& error) {

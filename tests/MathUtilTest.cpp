@@ -2,8 +2,10 @@
 
 #include <cmath>
 #include <limits>
+#include <string>
 
 #include "Fault.h"
+#include "References.h"
 #include "numerics/m_MathUtil.h"
 
 namespace palvex::m_MathUtil {
@@ -68,6 +70,20 @@ TEST(MathUtil, FixedPointsAndLimits) {
   EXPECT_NEAR(erfc1(1, 27), 0.0209, 1e-4);
   EXPECT_EQ(erfc1(1, infinity), 0);
   EXPECT_NEAR(erfc1(1, 1e200) * 1e200, 0.5641895835477563, 1e-15);
+}
+
+TEST(MathUtil, AgreesWithThePublishedFormulas) {
+  const auto square = [](const std::vector<double>& a) { return a[0] * a[0]; };
+  const Formula formulas[] = {
+      {"rlog", 4, 1.3e-15, [](auto& a) { return rlog(a[0]); }},
+      {"rlog1", 6, 1e-15, [](auto& a) { return rlog1(a[0]); }},
+      {"rexp", 2, 3e-16, [](auto& a) { return rexp(a[0]); }},
+      {"alnrel", 3, 3e-16, [](auto& a) { return alnrel(a[0]); }},
+      {"erf", 3, 1e-15, [](auto& a) { return erf(a[0]); }},
+      {"erfc0", 4, 1.2e-15, [](auto& a) { return erfc1(0, a[0]); }, square},
+      {"erfc1", 4, 1.2e-15, [](auto& a) { return erfc1(1, a[0]); }, square},
+  };
+  for (const auto& formula : formulas) expectAgreement(formula);
 }
 
 TEST(MathUtil, FaultsAreNumberedAndTraced) {
