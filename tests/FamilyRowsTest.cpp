@@ -8,6 +8,7 @@
 #include "Fault.h"
 #include "engine/c_Distribution.h"
 #include "families/m_Exponential.h"
+#include "families/m_Gamma.h"
 #include "families/m_Johnson.h"
 #include "families/m_Lognormal.h"
 #include "families/m_Triangular.h"
@@ -70,6 +71,18 @@ TEST(FamilyRows, HandTheParametersToTheirFamily) {
        LognormalPDF(2, 0.5, 2, 1, "", ""),
        LognormalCDF(3, 0.5, 2, 1, false),
        LognormalVAL(0.3, 0.5, 2, 1, l, u)},
+      {"Gamma",
+       {1.5, 2, 0},
+       m_Gamma::GammaPDF(3, 1.5, 2, 0, l, u),
+       m_Gamma::GammaPDF(2, 1.5, 2, 0, "", ""),
+       m_Gamma::GammaCDF(3, 1.5, 2, false).toDouble(),
+       m_Gamma::GammaVAL(0.3, 1.5, 2, 0, l, u)},
+      {"Gamma",  // with a minimum: the probability above the unshifted x
+       {1.5, 2, 1},
+       m_Gamma::GammaPDF(3, 1.5, 2, 1, l, u),
+       m_Gamma::GammaPDF(2, 1.5, 2, 1, "", ""),
+       m_Gamma::GammaCDF(3, 1.5, 2, true).toDouble(),
+       m_Gamma::GammaVAL(0.3, 1.5, 2, 1, l, u)},
       {"Johnson",
        {3, 1, 0.5, 5},
        JohnsonPDF(3, su, l, u),
@@ -206,6 +219,15 @@ TEST(FamilyRows, FirstFaultInOneSentence) {
       {"Weibull", {1, -1, 1}, {}, {}, "Negative value for Scale.  Must be positive real number."},
       {"Weibull", {1, 1, "x"}, {}, {}, "Non-numeric value for Minimum.  Must be a real number."},
       {"Weibull", {1, 1, 2}, {}, 2, ""},
+      {"Gamma", {0, 1, 1}, {}, {}, "Value of zero for Shape.  Must be a positive real number."},
+      {"Gamma", {1, -1, 1}, {}, {}, "Negative value for Scale.  Must be a positive real number."},
+      {"Gamma", {1, 1, "x"}, {}, {}, "Non-numeric value for Minimum."},
+      {"Gamma", {1, 1, 2}, {}, 2, ""},
+      {"Gamma",
+       {1, 1, 2},
+       {},
+       1.9,
+       "Truncation limits exclude all distribution values.  Please adjust."},
       {"Lognormal", {0, 0, 1}, {}, {}, "Value of zero for Scale.  Must be a positive real number."},
       {"Lognormal", {"x", 1, 1}, {}, {}, "Non-numeric value for Location."},
       {"Lognormal", {0, 1, "x"}, {}, {}, "Non-numeric value for Minimum."},
