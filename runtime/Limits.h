@@ -56,16 +56,21 @@ struct Band {
   [[nodiscard]] double wrappedProbability(double p, Line line) const;
 };
 
+/// `band`, wrapped where both limits are present and the lower bound exceeds the upper one.
+[[nodiscard]] inline Band wrappedWhere(const Limits& limits, Band band) noexcept {
+  band.wrapped = limits.lower && limits.upper && band.lower > band.upper;
+  // A fault of this quotient is raised by the first draw: some draws never ask for it.
+  if (band.wrapped) band.split = band.upper / (1 - band.lower + band.upper);
+  return band;
+}
+
 /// The band that `limits` keep of a distribution with the given cumulative probability.
 template <class Cumulative>
 [[nodiscard]] Band keptBand(const Limits& limits, Cumulative&& cumulative) {
   Band band;
   if (limits.lower) band.lower = cumulative(*limits.lower);
   if (limits.upper) band.upper = cumulative(*limits.upper);
-  band.wrapped = limits.lower && limits.upper && band.lower > band.upper;
-  // A fault of this quotient is raised by the first draw: some draws never ask for it.
-  if (band.wrapped) band.split = band.upper / (1 - band.lower + band.upper);
-  return band;
+  return wrappedWhere(limits, band);
 }
 
 }  // namespace palvex

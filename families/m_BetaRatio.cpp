@@ -1,0 +1,445 @@
+#include "families/m_BetaRatio.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+
+#include "families/m_BetaFunctions.h"
+#include "families/m_Gamma.h"
+#include "numerics/m_MathUtil.h"
+
+namespace palvex::m_Beta {
+
+using m_MathUtil::alnrel;
+using m_MathUtil::rlog1;
+
+namespace {
+
+constexpr double eps = 1e-15;  // the precision that the choice of method reckons with
+constexpr double precision = std::numeric_limits<double>::epsilon();
+constexpr int patience = 20000;  // far beyond what any series here takes
+
+/// Relative size of the last term of a series that is summed to full precision.
+constexpr double lastTerm = precision / 2;
+
+double logarithm(double x, double y) {
+  return y <= 0.375 ? alnrel(-y) : std::log(x);
+}
+
+double complement(double w) {
+  return 0.5 + (0.5 - w);
+}
+
+/// Rounding may leave a tail a little outside [0, 1]; shapes beyond 1e300 may leave it undefined,
+/// far outside the mass, where it is 0.
+double tail(double w) {
+  return w > 0 ? std::min(w, 1.0) : 0;
+}
+
+Tails fromLower(double w) {
+  return {tail(w), complement(tail(w))};
+}
+Tails fromUpper(double w) {
+  return {complement(tail(w)), tail(w)};
+}
+
+/// a - (a + b) x, the distance from the mean, without cancellation in the smaller shape.
+double distance(double a, double b, double x, double y) {
+  if (!std::isfinite(a + b)) return a * y - b * x;
+  return a <= b ? a - (a + b) * x : (a + b) * y - b;
+}
+
+/// Power series (bpser) for b <= 1 or b x <= 0.7.
+/// @param head  x^a / (a Beta(a, b))
+double powerSeries(double head, double a, double b, double x) {
+  if (head == 0 || a <= 0.1 * eps) return head;
+  const double tolerance = lastTerm / a;
+  double c = 1;
+  double sum = 0;
+  double term = 1;
+  for (double n = 1; n < patience && std::abs(term) > tolerance; ++n) {
+    c *= (0.5 - b / n + 0.5) * x;
+    term = c / (a + n);
+    sum += term;
+  }
+  return head * (1 + a * sum);
+}
+
+/// The sum S in I_x(a, b) - I_x(a + n, b) = x^a y^b / (a Beta(a, b)) S (bup). Its terms rise up to
+/// number k and fall after it.
+double stepSum(double a, double b, double x, double y, int n) {
+  int k = 0;
+  if (b > 1) {
+    const double top = y > 1e-4 ? (b - 1) * x / y - a : n;
+    if (top >= 1) k = top < n - 1 ? static_cast<int>(top) : n - 1;
+  }
+  double term = 1;
+  double sum = 1;
+  for (int i = 0; i < n - 1 && (i < k || term > lastTerm * sum); ++i) {
+    term *= (a + b + i) / (a + 1 + i) * x;
+    sum += term;
+  }
+  return sum;
+}
+
+/// Continued fraction (bfrac) for a, b > 1: I_x(a, b) / (x^a y^b / Beta(a, b)).
+double continuedFraction(double a, double b, double x, double y, double lambda) {
+  const double c = 1 + lambda;
+  double priorA = 0;
+  double priorB = 1;
+  double thisA = 1;
+  double thisB = c * a / (a + 1);
+  double inverse = 1 / (a + 1);
+  for (double n = 1; n < patience; ++n) {
+    const double nextInverse = 1 / (a + (2 * n + 1));
+    const double w = n * (b - n) * x;
+    const double alpha = ((a + (n - 1)) * inverse) * ((a + b + (n - 1)) * inverse * x) * w;
+    const double beta = n + w * inverse + (a + n) * nextInverse * (c + n * (1 + y));
+    inverse = nextInverse;
+    const double nextA = beta * thisA + alpha * priorA;
+    const double nextB = beta * thisB + alpha * priorB;
+    const double change = std::abs(nextA * thisB - thisA * nextB);
+    priorA = thisA;
+    priorB = thisB;
+    thisA = nextA;
+    thisB = nextB;
+    if (!(change > precision * std::abs(nextA * priorB))) break;
+    if (thisB > 1e100) {
+      priorA *= 1e-100;
+      priorB *= 1e-100;
+      thisA *= 1e-100;
+      thisB *= 1e-100;
+    }
+  }
+  return thisA / thisB;
+}
+
+/// I_x(a, b) for b < min(eps, eps a), x <= 0.5 (fpser).
+double seriesForTinyB(double a, double b, double x) {
+  const double head = a > 1e-3 * eps ? std::exp(a * std::log(x)) * (b / a) : b / a;
+  double power = x;
+  double sum = 0;
+  double term = 1;
+  for (double k = 1; k < patience && (k <= 2 || term > lastTerm / a); ++k) {
+    term = power / (a + k);
+    sum += term;
+    power *= x;
+  }
+  return head * (1 + a * sum);
+}
+
+/// 1 - I_x(a, b) for a <= min(eps, eps b), b x <= 1, x <= 0.5 (apser).
+double seriesForTinyA(double a, double b, double x) {
+  const double bx = b * x;
+  double t = x - bx;
+  const double c =
+      (b * eps <= 0.02 ? std::log(x) + psi(b) : std::log(bx)) + std::numbers::egamma + t;
+  double sum = 0;
+  double term = c;
+  for (double j = 2; j < patience && std::abs(term) > precision * std::abs(c); ++j) {
+    t *= x - bx / j;
+    term = t / j;
+    sum += term;
+  }
+  return -a * (c + sum);
+}
+
+/// Upper incomplete gamma ratio Q(a, z) / r for a <= 1 (grat1), r = exp(-z) z^a / gamma(a).
+/// @param inverse  1/gamma(a)
+double upperGamma(double a, double z, double inverse) {
+  if (z < 1.1) {
+    // Taylor series of Q or of P = 1 - Q, whichever is not a difference of nearly equal numbers.
+    double c = z;
+    double sum = z / (a + 3);
+    double term = 1;
+    for (double n = 4; n < patience && std::abs(term) > 0.1 * lastTerm; ++n) {
+      c *= -z / n;
+      term = c / (a + n);
+      sum += term;
+    }
+    const double j = a * z * ((sum / 6 - 0.5 / (a + 2)) * z + 1 / (a + 1));
+    const double logPower = a * std::log(z);
+    const double h = m_Gamma::gam1(a);
+    const double g = 1 + h;
+    const double r = inverse * std::exp(logPower - z);
+    if (z < 0.25 ? logPower <= -0.13394 : a >= z / 2.59) {
+      return complement(std::exp(logPower) * g * complement(j)) / r;
+    }
+    const double l = m_MathUtil::rexp(logPower);
+    return std::max(0.0, ((0.5 + (0.5 + l)) * j - l) * g - h) / r;
+  }
+  // The even part of the continued fraction.
+  double priorA = 0;
+  double priorB = 1;
+  double thisA = 1;
+  double thisB = z + 1 - a;
+  for (double n = 1; n < patience; ++n) {
+    const double alpha = n * (a - n);
+    const double beta = z + (2 * n + 1) - a;
+    const double nextA = beta * thisA + alpha * priorA;
+    const double nextB = beta * thisB + alpha * priorB;
+    const double change = std::abs(nextA * thisB - thisA * nextB);
+    priorA = thisA;
+    priorB = thisB;
+    thisA = nextA;
+    thisB = nextB;
+    if (!(change > precision * std::abs(nextA * priorB))) break;
+    if (thisB > 1e100) {
+      priorA *= 1e-100;
+      priorB *= 1e-100;
+      thisA *= 1e-100;
+      thisB *= 1e-100;
+    }
+  }
+  return thisA / thisB;
+}
+
+template <class Method, class... Shapes>
+Method& prepared(std::optional<Method>& method, Shapes... shapes) {
+  if (!method) method.emplace(shapes...);
+  return *method;
+}
+
+}  // namespace
+
+// ---- x^a y^b / Beta(a, b) ----
+
+BetaPower::BetaPower(double a, double b) : a_(a), b_(b), aroundMean_(std::min(a, b) >= 8) {
+  const auto [low, high] = std::minmax(a_, b_);
+  if (aroundMean_) {
+    const double h = low / high;
+    const double lowShare = h / (1 + h);
+    const double highShare = 1 / (1 + h);
+    meanX_ = a_ <= b_ ? lowShare : highShare;
+    meanY_ = a_ <= b_ ? highShare : lowShare;
+    scale_ = std::sqrt(low * highShare / (2 * std::numbers::pi)) * std::exp(-bcorr(a_, b_));
+  } else if (high < 8) {
+    scale_ = inverseGamma(low) * (inverseGamma(high) / inverseGamma(low + high));
+  } else {
+    scale_ = inverseGamma(low);
+    logScale_ = algdiv(low, high);
+  }
+}
+
+double BetaPower::exponent(double x, double y) const {
+  if (!aroundMean_) return a_ * logarithm(x, y) + b_ * logarithm(y, x) - logScale_;
+  const double lambda = distance(a_, b_, x, y);
+  const auto deviation = [](double relative, double quotient) {
+    return std::abs(relative) <= 0.6 ? rlog1(relative) : relative - std::log(quotient);
+  };
+  return -(a_ * deviation(-lambda / a_, x / meanX_) + b_ * deviation(lambda / b_, y / meanY_));
+}
+
+double BetaPower::operator()(double x, double y, double factor) const {
+  const double logPower = exponent(x, y);
+  if (logPower > -700) return scale_ * std::exp(logPower) * factor;
+  return std::isfinite(factor) ? scale_ * std::exp(logPower + std::log(factor)) : 0;
+}
+
+double BetaPower::head(double x, double y) const {
+  const double logPower =
+      aroundMean_ ? exponent(x, y) - b_ * logarithm(y, x) : a_ * logarithm(x, y) - logScale_;
+  return scale_ / a_ * std::exp(logPower);
+}
+
+double BetaPower::mirroredHead(double x, double y) const {
+  return scale_ / b_ * std::exp(b_ * logarithm(y, x) - logScale_);
+}
+
+// ---- large a, b <= 1 (bgrat) ----
+
+LargeShape::LargeShape(double a, double b)
+    : b_(b),
+      nu_(a + 0.5 * (b - 1)),
+      inverseGamma_(inverseGamma(b)),
+      logScale_(algdiv(b, a) + b * std::log(nu_)) {}
+
+double LargeShape::coefficient(std::size_t n) {
+  static constexpr auto inverseFactorials = [] {
+    std::array<double, terms + 1> c{1};  // 1/(2 n + 1)!
+    for (std::size_t i = 1; i <= terms; ++i) {
+      c[i] = c[i - 1] / static_cast<double>(2 * i * (2 * i + 1));
+    }
+    return c;
+  }();
+  for (; known_ < n; ++known_) {
+    const std::size_t next = known_ + 1;
+    const auto order = static_cast<double>(next);
+    double sum = 0;
+    for (std::size_t i = 1; i < next; ++i) {
+      sum += (static_cast<double>(i) * b_ - order) * inverseFactorials[i] * d_[next - i];
+    }
+    d_[next] = (b_ - 1) * inverseFactorials[next] + sum / order;
+  }
+  return d_[n];
+}
+
+double LargeShape::addedTo(double w, double x, double y) {
+  const double lnx = logarithm(x, y);
+  const double z = -nu_ * lnx;
+  if (!(b_ * z > 0)) return w;
+  const double u = inverseGamma_ * std::exp(b_ * std::log(z) - z - logScale_);
+  if (!(u > 0)) return w;
+
+  const double v = 0.25 / (nu_ * nu_);
+  const double t2 = 0.25 * lnx * lnx;
+  const double l = w / u;
+  double j = upperGamma(b_, z, inverseGamma_);
+  double sum = j;
+  double t = 1;
+  for (std::size_t n = 1; n <= terms; ++n) {
+    const double m = b_ + static_cast<double>(2 * n);
+    j = v * ((m - 2) * (m - 1) * j + (z + m - 1) * t);
+    t *= t2;
+    const double term = coefficient(n) * j;
+    sum += term;
+    if (!(sum > 0)) return w;
+    if (std::abs(term) <= precision * (sum + l)) break;
+  }
+  return w + u * sum;
+}
+
+// ---- both shapes large, x near the mean (basym) ----
+
+AroundMean::AroundMean(double a, double b)
+    : a_(a),
+      b_(b),
+      h_(std::min(a, b) / std::max(a, b)),
+      r1_((b - a) / std::max(a, b)),
+      w0_(1 / std::sqrt(std::min(a, b) * (1 + h_))),
+      scale_(2 * std::numbers::inv_sqrtpi * std::exp(-bcorr(a, b))),
+      powerOfW0_(w0_) {
+  a0_[1] = 2 * r1_ / 3;
+  c_[1] = -0.5 * a0_[1];
+  d_[1] = -c_[1];
+  coefficient_[1] = d_[1] * w0_;
+}
+
+void AroundMean::extend() {
+  const std::size_t n = known_ + 1;
+  const auto order = static_cast<double>(n);
+  powerOfH_ *= h_ * h_;
+  sumOfPowers_ += powerOfH_;
+  a0_[n] = 2 / (1 + h_) * (1 + h_ * powerOfH_) / (order + 2);
+  a0_[n + 1] = 2 * r1_ * sumOfPowers_ / (order + 3);
+  for (std::size_t i = n; i <= n + 1; ++i) {
+    const double rho = -0.5 * static_cast<double>(i + 1);
+    std::array<double, terms> b{};
+    b[1] = rho * a0_[1];
+    for (std::size_t m = 2; m <= i; ++m) {
+      double sum = 0;
+      for (std::size_t j = 1; j < m; ++j) {
+        sum += (static_cast<double>(j) * rho - static_cast<double>(m - j)) * a0_[j] * b[m - j];
+      }
+      b[m] = rho * a0_[m] + sum / static_cast<double>(m);
+    }
+    c_[i] = b[i] / static_cast<double>(i + 1);
+    double sum = c_[i];
+    for (std::size_t j = 1; j < i; ++j) sum += d_[i - j] * c_[j];
+    d_[i] = -sum;
+    powerOfW0_ *= w0_;
+    coefficient_[i] = d_[i] * powerOfW0_;
+  }
+  known_ += 2;
+}
+
+double AroundMean::operator()(double lambda) {
+  constexpr double e1 = std::numbers::sqrt2 / 4;
+  const double f = a_ * rlog1(-lambda / a_) + b_ * rlog1(lambda / b_);
+  const double bell = std::exp(-f);
+  if (bell == 0) return 0;
+  const double z2 = 2 * f;
+  const double z = std::sqrt(z2);
+  double evenJ = m_MathUtil::erfc1(1, std::sqrt(f)) / (4 * std::numbers::inv_sqrtpi);
+  double oddJ = e1;
+  double power = e1 * z;  // e1 z^(n - 1)
+  double sum = evenJ + coefficient_[1] * oddJ;
+  for (std::size_t n = 2; n + 1 < terms; n += 2) {
+    if (known_ < n) extend();
+    const auto order = static_cast<double>(n);
+    evenJ = power + (order - 1) * evenJ;
+    power *= z;
+    oddJ = power + order * oddJ;
+    power *= z;
+    const double even = coefficient_[n] * evenJ;
+    const double odd = coefficient_[n + 1] * oddJ;
+    sum += even + odd;
+    if (std::abs(even) + std::abs(odd) <= precision * sum) break;
+  }
+  return scale_ * bell * sum;
+}
+
+// ---- the choice of method ----
+
+Tails IncompleteBeta::operator()(double x, double y) {
+  if (a_ == b_ && x == y) return {0.5, 0.5};
+  if (std::isinf(a_) || std::isinf(b_)) {
+    // All the mass at 1, at 0, or for equal shapes in the middle.
+    return std::isinf(a_) && (!std::isinf(b_) || x < y) ? Tails{0, 1} : Tails{1, 0};
+  }
+  if (std::max(a_, b_) < 1e-3 * eps) return {b_ / (a_ + b_), a_ / (a_ + b_)};
+
+  const bool small = std::min(a_, b_) <= 1;
+  const double lambda = small ? 0 : distance(a_, b_, x, y);
+  const bool mirrored = small ? x > 0.5 : lambda < 0;
+  Side& side = sides_[mirrored ? 1 : 0];
+  if (mirrored) std::swap(x, y);
+  const Tails tails = small ? smallShapes(side, x, y) : largeShapes(side, x, y, std::abs(lambda));
+  return mirrored ? Tails{tails.upper, tails.lower} : tails;
+}
+
+Tails IncompleteBeta::smallShapes(Side& side, double x, double y) {
+  const double a = side.a;
+  const double b = side.b;
+  if (b < std::min(eps, eps * a)) return fromLower(seriesForTinyB(a, b, x));
+  if (a < std::min(eps, eps * b) && b * x <= 1) return fromUpper(seriesForTinyA(a, b, x));
+
+  const BetaPower& power = prepared(side.power, a, b);
+  const auto series = [&] { return fromLower(powerSeries(power.head(x, y), a, b, x)); };
+  const auto mirroredSeries = [&] {
+    return fromUpper(powerSeries(power.mirroredHead(x, y), b, a, y));
+  };
+  if (std::max(a, b) <= 1) {
+    if (a >= std::min(0.2, b) || std::pow(x, a) <= 0.9) return series();
+    if (x >= 0.3) return mirroredSeries();
+  } else {
+    if (b <= 1) return series();
+    if (x >= 0.3) return mirroredSeries();
+    if (x < 0.1 && std::pow(x * b, a) <= 0.7) return series();
+  }
+  // I_y(b, a), whose first shape is made large by steps of 1 where it is not.
+  if (b > 15) return fromUpper(prepared(side.large, b, a).addedTo(0, y, x));
+  constexpr int steps = 20;
+  const double first = power(x, y, stepSum(b, a, y, x, steps)) / b;
+  return fromUpper(prepared(side.large, b + steps, a).addedTo(first, y, x));
+}
+
+Tails IncompleteBeta::largeShapes(Side& side, double x, double y, double lambda) {
+  const double a = side.a;
+  const double b = side.b;
+  if (b < 40) {
+    if (b * x > 0.7) return fromLower(shiftedSeries(side, x, y));
+    return fromLower(powerSeries(prepared(side.power, a, b).head(x, y), a, b, x));
+  }
+  const double low = std::min(a, b);
+  if (low > 100 && lambda <= 0.03 * low) return fromLower(prepared(side.aroundMean, a, b)(lambda));
+  const double power = prepared(side.power, a, b)(x, y);
+  return fromLower(power == 0 ? 0 : power * continuedFraction(a, b, x, y, lambda));
+}
+
+double IncompleteBeta::shiftedSeries(Side& side, double x, double y) {
+  const double a = side.a;
+  // The whole part of b is taken off step by step, so that a rest in (0, 1] remains.
+  const int steps = static_cast<int>(std::ceil(side.b)) - 1;
+  const double b = side.b - steps;
+  const BetaPower& power = prepared(side.reduced, a, b);
+  double w = power(x, y, stepSum(b, a, y, x, steps)) / b;
+  if (x <= 0.7) return w + powerSeries(power.head(x, y), a, b, x);
+  if (a > 15) return prepared(side.large, a, b).addedTo(w, x, y);
+  constexpr int moreSteps = 20;
+  w += power(x, y, stepSum(a, b, x, y, moreSteps)) / a;
+  return prepared(side.large, a + moreSteps, b).addedTo(w, x, y);
+}
+
+}  // namespace palvex::m_Beta
