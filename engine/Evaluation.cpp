@@ -22,7 +22,7 @@ double c_Distribution::pdf(double x, bool noTruncation, const Variant& priorX) t
   if (!noTruncation) limits = Dynamic ? limitsFrom(LtlValue(), UtlValue()) : staticLimits_;
   if (family_ == nullptr) return 0;
   const Parameters p = currentParameters(family_->parametersRead);
-  return family_->density({p, fitted_}, x, limits, priorX, Line::here());
+  return family_->density({p, fitted_, prepared()}, x, limits, priorX, Line::here());
 } catch (RuntimeError& error) {
   addCall(error, "pdf", x);
   error.leave("c_Distribution.pdf");
@@ -32,7 +32,7 @@ double c_Distribution::pdf(double x, bool noTruncation, const Variant& priorX) t
 double c_Distribution::cdf(double x) try {
   if (family_ == nullptr) return 0;
   const Parameters p = currentParameters(family_->parametersRead);
-  return family_->cumulative({p, fitted_}, x, Line::here());
+  return family_->cumulative({p, fitted_, prepared()}, x, Line::here());
 } catch (RuntimeError& error) {
   addCall(error, "cdf", x);
   error.leave("c_Distribution.cdf");
@@ -41,7 +41,7 @@ double c_Distribution::cdf(double x) try {
 
 double c_Distribution::keptValue(double rndP) try {
   if (family_ == nullptr) return 0;
-  const Values values{staticParams_, fitted_};
+  const Values values{staticParams_, fitted_, prepared()};
   if (!band_) {
     if (family_->ignoresLimits != nullptr && family_->ignoresLimits(values, rndP)) {
       return family_->value(values, Band{}, rndP, Line::here());

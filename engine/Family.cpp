@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "families/m_Beta.h"
 #include "families/m_Exponential.h"
 #include "families/m_Gamma.h"
 #include "families/m_Histogram.h"
@@ -18,6 +19,18 @@ namespace palvex {
 namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
+
+/// Calls `evaluate` with the shapes made of the first two parameters, which are kept where there is
+/// a place for them.
+template <class Shapes, class Evaluation>
+auto withShapes(const Values& v, Evaluation&& evaluate) {
+  if (v.prepared == nullptr) {
+    Shapes shapes(v.p[0], v.p[1]);
+    return evaluate(shapes);
+  }
+  if (auto* kept = std::get_if<Shapes>(v.prepared)) return evaluate(*kept);
+  return evaluate(v.prepared->emplace<Shapes>(v.p[0], v.p[1]));
+}
 
 const Family normal{
     .name = "Normal",
@@ -266,8 +279,50 @@ const Family histogram{
         },
 };
 
+const Family beta{
+    .name = "Beta",
+    .demands = {Demand::positiveNoArticle, Demand::positiveNoArticle, Demand::real, Demand::real},
+    .parametersRead = 4,
+    .fit = [](const std::array<double, 4>& p, Fitted&, Line) -> std::string {
+      return p[2] > p[3] ? "Maximum can not be less than Minimum." : "";
+    },
+    .density =
+        [](const Values& v, double x, const Limits& limits, const Variant&, Line line) {
+          return withShapes<m_Beta::Shapes>(v, [&](m_Beta::Shapes& shapes) {
+            return m_Beta::density(x, shapes, v.p[2], v.p[3], limits, line);
+          });
+        },
+    .cumulative =
+        [](const Values& v, double x, Line line) {
+          const double z = Divide(checked(x - v.p[2], line), checked(v.p[3] - v.p[2], line), line);
+          return withShapes<m_Beta::Shapes>(v, [&](m_Beta::Shapes& shapes) {
+            return m_Beta::BetaCDF(z, shapes, false, line).toDouble(line);
+          });
+        },
+    .band =
+        [](const Values& v, const Limits& limits, Line line) {
+          return withShapes<m_Beta::Shapes>(v, [&](m_Beta::Shapes& shapes) {
+            return m_Beta::band(shapes, v.p[2], v.p[3], limits, line);
+          });
+        },
+    .value =
+        [](const Values& v, const Band& band, double p, Line line) {
+          return withShapes<m_Beta::Shapes>(v, [&](m_Beta::Shapes& shapes) {
+            return m_Beta::value(p, shapes, v.p[2], v.p[3], band, line);
+          });
+        },
+    .ignoresLimits =
+        [](const Values& v, double p) {
+          return m_Beta::ignoresLimits(p, v.p[0], v.p[1], v.p[2], v.p[3]);
+        },
+    .support =
+        [](const Values& v) {
+          return Support{v.p[2], v.p[3]};
+        },
+};
+
 constexpr std::array families{&normal,  &uniform, &triangular, &lognormal, &exponential,
-                              &weibull, &gamma,   &johnson,    &histogram};
+                              &weibull, &gamma,   &beta,       &johnson,   &histogram};
 
 }  // namespace
 

@@ -3,7 +3,9 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <variant>
 
+#include "families/m_Beta.h"
 #include "families/m_Histogram.h"
 #include "families/m_Johnson.h"
 #include "runtime/Limits.h"
@@ -17,10 +19,16 @@ struct Fitted {
   m_Johnson::Curve curve = m_Johnson::Curve::none;  // the one of johnson.typeName
 };
 
-/// What a family computes on: the current parameters and what was fitted at the last validation.
+/// What a family works out from its parameters alone when an evaluation first needs it, kept as
+/// long as the parameters stand.
+using Prepared = std::variant<std::monostate, m_Beta::Shapes>;
+
+/// What a family computes on: the current parameters, what was fitted at the last validation, and
+/// the place of what is prepared for these parameters, null where they stand for one call only.
 struct Values {
   const std::array<double, 4>& p;
   const Fitted& fitted;
+  Prepared* prepared = nullptr;
 };
 
 /// Where a distribution has values: from `lower` to `upper`, either infinite, each end counting as

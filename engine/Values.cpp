@@ -37,7 +37,7 @@ c_Distribution::Parameters c_Distribution::currentParameters(std::size_t count) 
 }
 
 void c_Distribution::SetStaticParams(Line caller) try {
-  band_.reset();
+  dropPrepared();
   if (distType() == "Histogram") return;  // its parameters are a data range and a layout
   for (std::size_t i = 0; i < staticParams_.size(); ++i) {
     staticParams_[i] = 0;

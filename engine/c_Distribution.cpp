@@ -39,7 +39,7 @@ void c_Distribution::distType(std::string_view name) {
   }
   entry_ = entry;
   family_ = findFamily(name);
-  band_.reset();
+  dropPrepared();
 }
 
 std::int16_t c_Distribution::NumParams() const {

@@ -136,6 +136,12 @@ class c_Distribution {
   }
   /// The first `count` parameters, live or cached; the others are 0.
   [[nodiscard]] Parameters currentParameters(std::size_t count) const;
+  /// Where the family keeps what it prepares for the cached parameters; null for live ones.
+  [[nodiscard]] Prepared* prepared() { return Dynamic ? nullptr : &prepared_; }
+  void dropPrepared() {
+    prepared_ = {};
+    band_.reset();
+  }
   [[nodiscard]] Variant LtlValue() const { return Dynamic ? liveLimit(ltl) : staticLtl_; }
   [[nodiscard]] Variant UtlValue() const { return Dynamic ? liveLimit(utl) : staticUtl_; }
   void SetStaticParams(Line caller = Line::here());
@@ -165,6 +171,7 @@ class c_Distribution {
   Variant staticUtl_;
   Limits staticLimits_;       // the numeric ones of staticLtl_ and staticUtl_
   std::optional<Band> band_;  // what staticLimits_ keep; empty until a draw asks for it
+  Prepared prepared_;         // for staticParams_
   Fitted fitted_;
 
   double scaleFactor_ = 1;

@@ -94,7 +94,7 @@ inline Variant BetaCDF(double x, double alpha, double beta, Boolean upper,
 // ---- inverse ----
 
 /// The x of [0, 1] where BetaCDF (lower tail) is p, by R. P. Brent's root finder (Algorithms for
-/// Minimization Without Derivatives, 1973, zeroin), to an absolute tol/2.
+/// Minimization Without Derivatives, 1973, zeroin), to within tol.
 /// @param ier  0; 3: p outside [0, 1]; 4: a shape <= 0; 5: tol < 1e-8; 6: no change of sign; 7: not
 ///             ended after 100 iterations, x is the best point so far. x stays as it was with 3 to
 ///             6

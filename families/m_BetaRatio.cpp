@@ -276,9 +276,9 @@ double LargeShape::coefficient(std::size_t n) {
 }
 
 double LargeShape::addedTo(double w, double x, double y) {
-  const double lnx = logarithm(x, y);
+  const double lnx = y < precision ? -y : logarithm(x, y);  // not 0 for the smallest y
   const double z = -nu_ * lnx;
-  if (!(b_ * z > 0)) return w;
+  if (!(z > 0)) return w;
   const double u = inverseGamma_ * std::exp(b_ * std::log(z) - z - logScale_);
   if (!(u > 0)) return w;
 

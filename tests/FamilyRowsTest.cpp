@@ -7,6 +7,7 @@
 #include "FakeRange.h"
 #include "Fault.h"
 #include "engine/c_Distribution.h"
+#include "families/m_Beta.h"
 #include "families/m_Exponential.h"
 #include "families/m_Gamma.h"
 #include "families/m_Johnson.h"
@@ -26,6 +27,7 @@ void setParameters(c_Distribution& d, const std::array<Variant, 4>& parameters) 
 }
 
 TEST(FamilyRows, HandTheParametersToTheirFamily) {
+  using namespace m_Beta;
   using namespace m_Uniform;
   using namespace m_Triangular;
   using namespace m_Exponential;
@@ -89,6 +91,12 @@ TEST(FamilyRows, HandTheParametersToTheirFamily) {
        jPDF(2, su),
        JohnsonCDF(3, su),
        JohnsonVal(0.3, su, l, u)},
+      {"Beta",
+       {2.2, 3.3, 1, 6},
+       BetaPDF(3, 2.2, 3.3, 1, 6, l, u),
+       BetaPDF(2, 2.2, 3.3, 1, 6, "", ""),
+       BetaCDF(0.4, 2.2, 3.3, false).toDouble(),
+       BetaVAL(0.3, 2.2, 3.3, 1, 6, l, u)},
   };
   for (const auto& c : cases) {
     for (bool dynamic : {false, true}) {
@@ -214,6 +222,17 @@ TEST(FamilyRows, FirstFaultInOneSentence) {
        {1, 2},
        {},
        1.9,
+       "Truncation limits exclude all distribution values.  Please adjust."},
+      {"Beta", {0, 1, 0, 1}, {}, {}, "Value of zero for Alpha.  Must be positive real number."},
+      {"Beta", {1, -1, 0, 1}, {}, {}, "Negative value for Beta.  Must be positive real number."},
+      {"Beta", {1, 1, 0, "x"}, {}, {}, "Non-numeric value for Maximum."},
+      {"Beta", {1, 1, 2, 1}, {}, {}, "Maximum can not be less than Minimum."},
+      {"Beta", {1, 1, 2, 2}, {}, {}, ""},
+      {"Beta", {2, 2, 2, 3}, {}, 2, ""},
+      {"Beta",
+       {2, 2, 2, 3},
+       3.1,
+       {},
        "Truncation limits exclude all distribution values.  Please adjust."},
       {"Weibull", {0, 1, 1}, {}, {}, "Value of zero for Shape.  Must be positive real number."},
       {"Weibull", {1, -1, 1}, {}, {}, "Negative value for Scale.  Must be positive real number."},
@@ -385,7 +404,9 @@ TEST(FamilyRows, ADrawBeforeAnyLimitIsConsulted) {
     const char* type;
     std::array<Variant, 4> parameters;
     double p, value;
-  } cases[] = {{"Exponential", {1e10, 3}, 0, 3}, {"Weibull", {400, 1, 3}, -0.1, 3}};
+  } cases[] = {{"Exponential", {1e10, 3}, 0, 3},
+               {"Weibull", {400, 1, 3}, -0.1, 3},
+               {"Beta", {2, 3, -1e308, 1e308}, 0, -1e308}};
   for (const auto& c : cases) {
     for (bool dynamic : {false, true}) {
       c_Distribution d;
