@@ -52,6 +52,12 @@ const Family normal{
         [](const Values& v) {
           return v.p[1] == 0 ? Support{v.p[0], v.p[0]} : Support{-infinity, infinity};
         },
+    .moments = [](const Values& v,
+                  const Limits& limits) { return m_Normal::moments(v.p[0], v.p[1], limits); },
+    .integratedMoments =
+        [](const Values& v, const Limits& limits) {
+          return m_Normal::integratedMoments(v.p[0], v.p[1], limits);
+        },
 };
 
 const Family uniform{
@@ -73,6 +79,13 @@ const Family uniform{
     .support =
         [](const Values& v) {
           return Support{v.p[0], v.p[1]};
+        },
+    .moments = [](const Values& v, const Limits& limits) -> std::optional<Moments> {
+      return m_Uniform::moments(v.p[0], v.p[1], limits);
+    },
+    .integratedMoments =
+        [](const Values& v, const Limits& limits) {
+          return m_Uniform::integratedMoments(v.p[0], v.p[1], limits);
         },
 };
 
@@ -100,6 +113,13 @@ const Family triangular{
     .support =
         [](const Values& v) {
           return Support{v.p[0], v.p[2]};
+        },
+    .moments = [](const Values& v, const Limits& limits) -> std::optional<Moments> {
+      return m_Triangular::moments(v.p[0], v.p[1], v.p[2], limits);
+    },
+    .integratedMoments =
+        [](const Values& v, const Limits& limits) {
+          return m_Triangular::integratedMoments(v.p[0], v.p[1], v.p[2], limits);
         },
 };
 
@@ -129,6 +149,14 @@ const Family lognormal{
         [](const Values& v) {
           return Support{.lower = v.p[2], .upper = infinity, .lowerIncluded = false};
         },
+    .moments =
+        [](const Values& v, const Limits& limits) {
+          return m_Lognormal::moments(v.p[0], v.p[1], v.p[2], limits);
+        },
+    .integratedMoments =
+        [](const Values& v, const Limits& limits) {
+          return m_Lognormal::integratedMoments(v.p[0], v.p[1], v.p[2], limits);
+        },
 };
 
 const Family exponential{
@@ -148,6 +176,13 @@ const Family exponential{
     .support =
         [](const Values& v) {
           return Support{v.p[1], infinity};
+        },
+    .moments = [](const Values& v, const Limits& limits) -> std::optional<Moments> {
+      return m_Exponential::moments(v.p[0], v.p[1], limits);
+    },
+    .integratedMoments =
+        [](const Values& v, const Limits& limits) {
+          return m_Exponential::integratedMoments(v.p[0], v.p[1], limits);
         },
 };
 
@@ -170,6 +205,14 @@ const Family weibull{
     .support =
         [](const Values& v) {
           return Support{v.p[2], infinity};
+        },
+    .moments =
+        [](const Values& v, const Limits& limits) {
+          return m_Weibull::moments(v.p[0], v.p[1], v.p[2], limits);
+        },
+    .integratedMoments =
+        [](const Values& v, const Limits& limits) {
+          return m_Weibull::integratedMoments(v.p[0], v.p[1], v.p[2], limits);
         },
 };
 
@@ -276,6 +319,13 @@ const Family histogram{
     .keepsNothing =
         [](const Values& v, const Limits& limits) {
           return m_Histogram::keepsNothing(v.fitted.histogram.density, limits);
+        },
+    .moments = [](const Values& v, const Limits& limits) -> std::optional<Moments> {
+      return m_Histogram::moments(v.fitted.histogram.density, limits);
+    },
+    .integratedMoments =
+        [](const Values& v, const Limits& limits) {
+          return m_Histogram::integratedMoments(v.fitted.histogram.density, limits);
         },
 };
 

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
 
+#include "families/Moments.h"
 #include "families/m_Beta.h"
 #include "families/m_Histogram.h"
 #include "families/m_Johnson.h"
@@ -73,6 +75,11 @@ struct Family {
   /// Whether limits that reach into the support keep nothing all the same. Null for a family
   /// without gaps.
   bool (*keepsNothing)(const Values&, const Limits&) = nullptr;
+  /// Mean and standard deviation of what the limits keep, for parameters within their demands and a
+  /// support with a width: in closed form, or nothing where that would lose digits; and by
+  /// numerical integration.
+  std::optional<Moments> (*moments)(const Values&, const Limits&) = nullptr;
+  Moments (*integratedMoments)(const Values&, const Limits&) = nullptr;
 };
 
 /// The row of a type's name, or null for a name without a family.

@@ -95,6 +95,20 @@ class c_Distribution {
   /// when rndP is a uniform random number of [0, 1].
   double RandVal(double rndP) { return Dynamic ? liveValue(rndP) : keptValue(rndP); }
 
+  // ---- moments: of what the limits keep, in proportion; 0 without a type ----
+  // Error 11 when the limits leave no probability in double precision, 5 for parameters that no
+  // distribution has, 6 for a result beyond the double range.
+
+  /// The mean, by the family's closed form.
+  double mean();
+  /// The standard deviation; or, with a number xMean, sqrt(E (X - xMean)^2).
+  double StDev(const Variant& xMean = Variant::missing());
+  /// The mean by numerical integration, an independent check of `mean`.
+  double CalcMean();
+  /// sqrt(E (X - mean)^2) by numerical integration: the standard deviation for the mean of
+  /// CalcMean.
+  double CalcStdev(double mean);
+
   // ---- graph data ----
 
   /// A multiplier for graphs, 1 at first.
@@ -153,6 +167,10 @@ class c_Distribution {
   [[nodiscard]] std::string parameterRecord(std::size_t count) const;
   void addCall(RuntimeError& error, std::string_view member, double argument) const;
   void addDraw(RuntimeError& error, double rndP, const Variant& lower, const Variant& upper) const;
+
+  // Moments (Moments.cpp).
+  enum class Method { closedForm, integration };
+  [[nodiscard]] Moments keptMoments(Method method, Line caller = Line::here()) const;
 
   // Validation (Validation.cpp).
   std::string typeFault();

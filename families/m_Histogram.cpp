@@ -374,4 +374,27 @@ bool keepsNothing(const DensityArray& bins, const Limits& limits) {
          0;
 }
 
+Moments moments(const DensityArray& bins, const Limits& limits) {
+  Mixture kept;
+  for (std::size_t i = 0; i < bins.size(); i += 3) {
+    for (const auto& [lower, upper] : KeptIntervals(limits, bins[i], bins[i + 1])) {
+      const double width = upper - lower;
+      kept.add({std::log(width * bins[i + 2]), {lower + width / 2, width / std::sqrt(12.0)}});
+    }
+  }
+  return kept.moments();
+}
+
+Moments integratedMoments(const DensityArray& bins, const Limits& limits) {
+  Mixture kept;
+  for (std::size_t i = 0; i < bins.size(); i += 3) {
+    for (const Interval& x : KeptIntervals(limits, bins[i], bins[i + 1])) {
+      kept.add(integratedPiece(
+          anchorAt(0, bins[i], x), LinearScale(1), [](double) { return 0; },
+          std::log(bins[i + 2])));
+    }
+  }
+  return kept.moments();
+}
+
 }  // namespace palvex::m_Histogram

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "families/Moments.h"
 #include "runtime/Limits.h"
 
 /// The empirical distribution of worksheet data: bins in increasing order, a constant density in
@@ -73,6 +74,13 @@ double value(double p, const Table& table, const Band& band, Line caller = Line:
 
 /// Whether the limits keep nothing but gaps and empty bins.
 bool keepsNothing(const DensityArray& bins, const Limits& limits);
+
+/// Mean and standard deviation of what the limits keep, bin by bin in closed form. Error 11 when
+/// they keep no probability.
+Moments moments(const DensityArray& bins, const Limits& limits);
+
+/// The same by numerical integration.
+Moments integratedMoments(const DensityArray& bins, const Limits& limits);
 
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double HistogramPDF(double x, const DensityArray& bins, const Variant& ltl,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "families/Moments.h"
 #include "runtime/Limits.h"
 
 /// The shifted lognormal distribution: minimum + exp(location + scale Z), Z standard normal, so
@@ -38,6 +39,13 @@ double value(double p, double location, double scale, double minimum, const Band
 /// range. Raises nothing.
 /// @param scale  > 0
 double standardDeviation(double location, double scale) noexcept;
+
+/// Mean and standard deviation of what the limits keep: the closed form, or nothing where its terms
+/// would cancel.
+std::optional<Moments> moments(double location, double scale, double minimum, const Limits& limits);
+
+/// The same by numerical integration, which holds everywhere.
+Moments integratedMoments(double location, double scale, double minimum, const Limits& limits);
 
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double LognormalPDF(double x, double location, double scale, double minimum,

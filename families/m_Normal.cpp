@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cmath>
+#include <limits>
 
 #include "numerics/Polynomial.h"
 
@@ -10,6 +11,21 @@ namespace palvex::m_Normal {
 namespace {
 
 constexpr double twoPi = 6.28318530717958;
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+/// Adds, with a sign, the integrals of the density, of z times and of z^2 times the density up to
+/// z; or, apart from a constant, their negatives above z.
+void addIntegrals(PartialMoments& moments, double z, bool upper, double sign) {
+  const double tail = (upper ? -sign : sign) * NormalCDF(z, upper);
+  const double bell = sign * std::exp(-z * z / 2) / std::sqrt(twoPi);
+  const double accuracy = 1e-15 * (4 + z * z);
+  moments.add(0, tail, accuracy);
+  moments.add(2, tail, accuracy);
+  if (bell == 0) return;
+  moments.add(1, -bell, accuracy);
+  moments.add(2, -z * bell, accuracy);
+}
 
 }  // namespace
 
@@ -162,6 +178,33 @@ double value(double p, double mean, double sd, const Band& band, Line caller) tr
 } catch (RuntimeError& error) {
   error.leave("m_Normal.NormalVAL", caller);
   throw;
+}
+
+std::optional<Moments> moments(double mean, double sd, const Limits& limits) {
+  if (!limits.lower && !limits.upper) return Moments{mean, sd};
+  PartialMoments deviate;
+  for (const Interval& x : KeptIntervals(limits, -infinity, infinity)) {
+    const double a = (x.lower - mean) / sd;
+    const double b = (x.upper - mean) / sd;
+    const bool upper = a > 0;  // the smaller tails
+    addIntegrals(deviate, b, upper, 1);
+    addIntegrals(deviate, a, upper, -1);
+  }
+  const std::optional<Moments> kept = deviate.moments();
+  if (!kept) return {};
+  return Moments{mean + sd * kept->mean, sd * kept->sd};
+}
+
+Moments integratedMoments(double mean, double sd, const Limits& limits) {
+  Mixture kept;
+  for (const Interval& x : KeptIntervals(limits, -infinity, infinity)) {
+    const Anchor anchor = anchorAt(0, mean, x);
+    const double z = anchor.fromOrigin / sd;
+    kept.add(integratedPiece(
+        anchor, LinearScale(sd), [z](double t) { return -(z + t / 2) * t; },
+        -z * z / 2 - std::log(twoPi) / 2));
+  }
+  return kept.moments();
 }
 
 }  // namespace palvex::m_Normal

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "families/Moments.h"
 #include "runtime/Limits.h"
 
 /// The normal distribution.
@@ -33,6 +34,13 @@ Band band(double mean, double sd, const Limits& limits, Line caller = Line::here
 
 /// The value at the position p of the kept band: second half of NormalVAL. The mean when sd = 0.
 double value(double p, double mean, double sd, const Band& band, Line caller = Line::here());
+
+/// Mean and standard deviation of what the limits keep: the closed form, or nothing where its terms
+/// would cancel.
+std::optional<Moments> moments(double mean, double sd, const Limits& limits);
+
+/// The same by numerical integration, which holds everywhere.
+Moments integratedMoments(double mean, double sd, const Limits& limits);
 
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double NormalPDF(double x, double mean, double sd, const Variant& ltl, const Variant& utl,

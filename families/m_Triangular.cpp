@@ -1,11 +1,23 @@
 #include "families/m_Triangular.h"
 
+#include <cmath>
+
 namespace palvex::m_Triangular {
 
 namespace {
 
 bool ordered(double minimum, double likely, double maximum) {
   return minimum <= likely && likely <= maximum;
+}
+
+/// The piece of an interval where the density runs linearly between its values at the ends, given
+/// in units of the peak of a triangle over `width`.
+Piece linearPiece(const Interval& x, double atLower, double atUpper, double width) {
+  const double length = x.upper - x.lower;
+  const double share = atUpper / (atLower + atUpper);
+  return {
+      std::log(length / width * (atLower + atUpper)),
+      {x.lower + length * (1 + share) / 3, length * std::sqrt((1 + 2 * share * (1 - share)) / 18)}};
 }
 
 }  // namespace
@@ -71,6 +83,40 @@ double value(double p, double minimum, double likely, double maximum, const Band
 } catch (RuntimeError& error) {
   error.leave("m_Triangular.TriangularVAL", caller);
   throw;
+}
+
+Moments moments(double minimum, double likely, double maximum, const Limits& limits) {
+  if (!ordered(minimum, likely, maximum)) raise(fault::invalidCall);
+  Mixture kept;
+  for (const auto& [lower, upper] : KeptIntervals(limits, minimum, likely)) {
+    kept.add(linearPiece({lower, upper}, (lower - minimum) / (likely - minimum),
+                         (upper - minimum) / (likely - minimum), maximum - minimum));
+  }
+  for (const auto& [lower, upper] : KeptIntervals(limits, likely, maximum)) {
+    kept.add(linearPiece({lower, upper}, (maximum - lower) / (maximum - likely),
+                         (maximum - upper) / (maximum - likely), maximum - minimum));
+  }
+  return kept.moments();
+}
+
+Moments integratedMoments(double minimum, double likely, double maximum, const Limits& limits) {
+  if (!ordered(minimum, likely, maximum)) raise(fault::invalidCall);
+  Mixture kept;
+  for (const Interval& x : KeptIntervals(limits, minimum, likely)) {
+    const Anchor anchor = anchorAt(likely - minimum, minimum, x);
+    kept.add(integratedPiece(
+        anchor, LinearScale(anchor.fromOrigin), [](double t) { return std::log1p(t); },
+        2 * std::log(anchor.fromOrigin) - std::log(likely - minimum) -
+            std::log(maximum - minimum)));
+  }
+  for (const Interval& x : KeptIntervals(limits, likely, maximum)) {
+    const Anchor anchor = anchorAt(likely - maximum, maximum, x);
+    const double toMaximum = -anchor.fromOrigin;
+    kept.add(integratedPiece(
+        anchor, LinearScale(toMaximum), [](double t) { return std::log1p(-t); },
+        2 * std::log(toMaximum) - std::log(maximum - likely) - std::log(maximum - minimum)));
+  }
+  return kept.moments();
 }
 
 }  // namespace palvex::m_Triangular

@@ -1,5 +1,6 @@
 #include "families/m_Uniform.h"
 
+#include <cmath>
 #include <utility>
 
 namespace palvex::m_Uniform {
@@ -51,6 +52,25 @@ double value(double p, double minimum, double maximum, const Band& band, Line ca
 } catch (RuntimeError& error) {
   error.leave("m_Uniform.UniformVAL", caller);
   throw;
+}
+
+Moments moments(double minimum, double maximum, const Limits& limits) {
+  Mixture kept;
+  for (const auto& [lower, upper] : KeptIntervals(limits, minimum, maximum)) {
+    const double width = upper - lower;
+    kept.add({std::log(width / (maximum - minimum)), {lower + width / 2, width / std::sqrt(12.0)}});
+  }
+  return kept.moments();
+}
+
+Moments integratedMoments(double minimum, double maximum, const Limits& limits) {
+  Mixture kept;
+  for (const Interval& x : KeptIntervals(limits, minimum, maximum)) {
+    kept.add(integratedPiece(
+        anchorAt(0, minimum, x), LinearScale(1), [](double) { return 0; },
+        -std::log(maximum - minimum)));
+  }
+  return kept.moments();
 }
 
 }  // namespace palvex::m_Uniform

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "families/Moments.h"
 #include "runtime/Limits.h"
 
 /// The uniform distribution from `minimum` to `maximum`.
@@ -27,6 +28,13 @@ Band band(double minimum, double maximum, const Limits& limits, Line caller = Li
 /// bounds, 0 with bounds in the wrong order.
 double value(double p, double minimum, double maximum, const Band& band,
              Line caller = Line::here());
+
+/// Mean and standard deviation of what the limits keep, in closed form. Error 11 when they keep no
+/// probability.
+Moments moments(double minimum, double maximum, const Limits& limits);
+
+/// The same by numerical integration.
+Moments integratedMoments(double minimum, double maximum, const Limits& limits);
 
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double UniformPDF(double x, double minimum, double maximum, const Variant& ltl,

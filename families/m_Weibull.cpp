@@ -1,8 +1,22 @@
 #include "families/m_Weibull.h"
 
 #include <cmath>
+#include <limits>
+
+#include "families/m_Gamma.h"
 
 namespace palvex::m_Weibull {
+
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+/// ln(a/b), also where a is close to b.
+double logRatio(double a, double b) {
+  return std::abs(a - b) < b / 2 ? std::log1p((a - b) / b) : std::log(a) - std::log(b);
+}
+
+}  // namespace
 
 double density(double x, double shape, double scale, double minimum, const Limits& limits,
                Line caller) try {
@@ -53,6 +67,34 @@ double value(double p, double shape, double scale, double minimum, const Band& b
 } catch (RuntimeError& error) {
   error.leave("m_Weibull.WeibullVAL", caller);
   throw;
+}
+
+std::optional<Moments> moments(double shape, double scale, double minimum, const Limits& limits) {
+  if (limits.lower || limits.upper) return {};
+  constexpr double largestArgument = 170;  // of a gamma function within the double range
+  if (1 + 2 / shape > largestArgument) return {};
+  constexpr double accuracy = 6e-15;
+  PartialMoments standardized;
+  standardized.add(0, 1, 0);
+  standardized.add(1, m_Gamma::gamma(1 + 1 / shape), accuracy);
+  standardized.add(2, m_Gamma::gamma(1 + 2 / shape), accuracy);
+  const std::optional<Moments> kept = standardized.moments();
+  if (!kept) return {};
+  return Moments{minimum + scale * kept->mean, scale * kept->sd};
+}
+
+Moments integratedMoments(double shape, double scale, double minimum, const Limits& limits) {
+  Mixture kept;
+  for (const Interval& x : KeptIntervals(limits, minimum, infinity)) {
+    const Anchor anchor = anchorAt(scale, minimum, x);
+    const double logPower = shape * logRatio(anchor.fromOrigin, scale);
+    const double power = std::exp(logPower);
+    // t runs over the logarithm of ((x - minimum)/scale)^shape.
+    kept.add(integratedPiece(
+        anchor, ExponentialScale(anchor.fromOrigin, 1 / shape),
+        [power](double t) { return (1 - power) * t - power * expm1LessT(t); }, logPower - power));
+  }
+  return kept.moments();
 }
 
 }  // namespace palvex::m_Weibull

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "families/Moments.h"
 #include "runtime/Limits.h"
 
 /// The Weibull distribution with `shape` > 0 and `scale` > 0, shifted to start at `minimum`.
@@ -36,6 +37,13 @@ Band band(double shape, double scale, double minimum, const Limits& limits,
 /// and for a shape or scale <= 0.
 double value(double p, double shape, double scale, double minimum, const Band& band,
              Line caller = Line::here());
+
+/// Mean and standard deviation of what the limits keep: the closed form, or nothing where its terms
+/// would cancel.
+std::optional<Moments> moments(double shape, double scale, double minimum, const Limits& limits);
+
+/// The same by numerical integration, which holds everywhere.
+Moments integratedMoments(double shape, double scale, double minimum, const Limits& limits);
 
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double WeibullPDF(double x, double shape, double scale, double minimum, const Variant& ltl,

@@ -1,0 +1,76 @@
+// Mean and standard deviation of what the limits keep.
+
+#include "engine/c_Distribution.h"
+#include "runtime/Arithmetic.h"
+
+namespace palvex {
+
+namespace {
+
+bool meets(double parameter, Demand demand) {
+  switch (demand) {
+    case Demand::nonNegative:
+      return parameter >= 0;
+    case Demand::positive:
+    case Demand::positiveNoArticle:
+      return parameter > 0;
+    case Demand::real:
+    case Demand::statedReal:
+      break;
+  }
+  return true;
+}
+
+}  // namespace
+
+double c_Distribution::mean() try {
+  return keptMoments(Method::closedForm).mean;
+} catch (RuntimeError& error) {
+  error.leave("c_Distribution.mean");
+  throw;
+}
+
+double c_Distribution::StDev(const Variant& xMean) try {
+  if (family_ == nullptr) return 0;
+  const Moments kept = keptMoments(Method::closedForm);
+  return xMean.isMissing() ? kept.sd : checked(kept.deviationFrom(xMean.toDouble()));
+} catch (RuntimeError& error) {
+  error.leave("c_Distribution.StDev");
+  throw;
+}
+
+double c_Distribution::CalcMean() {
+  return keptMoments(Method::integration).mean;
+}
+
+double c_Distribution::CalcStdev(double mean) {
+  if (family_ == nullptr) return 0;
+  return checked(keptMoments(Method::integration).deviationFrom(mean));
+}
+
+Moments c_Distribution::keptMoments(Method method, Line caller) const try {
+  if (family_ == nullptr) return {0, 0};
+  if (family_->integratedMoments == nullptr) raise(fault::invalidCall);
+  const Limits limits = Dynamic ? limitsFrom(LtlValue(), UtlValue()) : staticLimits_;
+  const Parameters p = currentParameters(family_->parametersRead);
+  // Live parameters have not been validated.
+  for (std::size_t i = 0; i < family_->parametersRead; ++i) {
+    if (!meets(p[i], family_->demands[i])) raise(fault::invalidCall);
+  }
+  const Values values{p, fitted_};
+  const Support support = family_->support(values);
+  if (support.lower > support.upper) raise(fault::invalidCall);
+  if (support.lower == support.upper) {
+    if (limits.cut(support.lower)) raise(fault::divisionByZero);
+    return {support.lower, 0};
+  }
+  std::optional<Moments> kept;
+  if (method == Method::closedForm) kept = family_->moments(values, limits);
+  if (!kept) kept = family_->integratedMoments(values, limits);
+  return {checked(kept->mean), checked(kept->sd)};
+} catch (RuntimeError& error) {
+  error.at(caller);
+  throw;
+}
+
+}  // namespace palvex

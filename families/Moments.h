@@ -1,0 +1,166 @@
+#pragma once
+
+#include <array>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <optional>
+
+#include "runtime/Limits.h"
+
+/// What the families share for the mean and the standard deviation of the law that limits keep.
+///
+/// Each family has two ways to them. `moments` is its closed form; where the terms of that would
+/// cancel (a narrow band, a far tail) it answers nothing rather than a wrong number.
+/// `integratedMoments` integrates the density numerically and holds everywhere: distances,
+/// densities and tails are taken relative to an anchor inside the kept interval, so that nothing
+/// cancels.
+///
+/// These routines have no trap. Errors: 11 when what the limits keep has no probability in double
+/// precision, 6 for a result beyond the double range.
+namespace palvex {
+
+struct Moments {
+  double mean;
+  double sd;
+
+  /// sqrt(E (X - x)^2): the standard deviation when x is the mean.
+  [[nodiscard]] double deviationFrom(double x) const { return std::hypot(sd, mean - x); }
+};
+
+// ---- kept intervals ----
+
+struct Interval {
+  double lower;
+  double upper;
+};
+
+/// The intervals, in increasing order.
+class KeptIntervals {
+ public:
+  /// Those of [lowest, highest] that the limits keep and that have a width: at most one, or with
+  /// reversed limits two.
+  KeptIntervals(const Limits& limits, double lowest, double highest);
+
+  [[nodiscard]] const Interval* begin() const { return intervals_.data(); }
+  [[nodiscard]] const Interval* end() const { return intervals_.data() + count_; }
+
+ private:
+  void add(double lower, double upper);
+
+  std::array<Interval, 2> intervals_{};
+  std::size_t count_ = 0;
+};
+
+/// A law restricted to one interval: the logarithm of the interval's probability (up to a constant
+/// that the law's other intervals share) and the moments in it.
+struct Piece {
+  double logMass;
+  Moments moments;
+};
+
+/// The moments of a law's pieces together. Error 11 when none has any probability.
+class Mixture {
+ public:
+  void add(const Piece& piece);
+  [[nodiscard]] Moments moments() const;
+
+ private:
+  double logMass_ = -std::numeric_limits<double>::infinity();
+  Moments moments_{0, 0};
+};
+
+// ---- closed forms ----
+
+/// Sums for the moments of order 0, 1 and 2 about a fixed origin, with an estimate of their
+/// rounding errors.
+class PartialMoments {
+ public:
+  /// Adds a term to the sum of an order. `relativeError` is the term's own.
+  void add(std::size_t order, double term, double relativeError) {
+    sums_[order] += term;
+    errors_[order] += std::abs(term) * relativeError;
+  }
+
+  /// The moments about the origin, or nothing where cancellation leaves the mean or the standard
+  /// deviation uncertain by more than 1e-11 standard deviations.
+  [[nodiscard]] std::optional<Moments> moments() const;
+
+ private:
+  std::array<double, 3> sums_{};
+  std::array<double, 3> errors_{};
+};
+
+// ---- integration ----
+
+/// Where in a kept interval an integration starts: at the mode, or the end nearest to it.
+struct Anchor {
+  double value;
+  double fromOrigin;  // value less the law's origin
+  double toLower;     // distance to the interval's ends, <= 0 and >= 0, may be infinite
+  double toUpper;
+  bool isMode;
+};
+
+/// @param origin  where the law's own coordinate starts; `mode` counts from there
+Anchor anchorAt(double mode, double origin, const Interval& kept);
+
+/// The distance from the anchor as a function of the variable t of an integral, t = 0 at the
+/// anchor.
+class Scale {
+ public:
+  Scale() = default;
+  Scale(const Scale&) = delete;
+  Scale& operator=(const Scale&) = delete;
+  virtual ~Scale() = default;
+  [[nodiscard]] virtual double distance(double t) const = 0;
+  [[nodiscard]] virtual double position(double distance) const = 0;
+  /// ln |distance(t)|, also where the distance exceeds the double range.
+  [[nodiscard]] virtual double logDistance(double t) const {
+    return std::log(std::abs(distance(t)));
+  }
+};
+
+/// unit t
+class LinearScale : public Scale {
+ public:
+  explicit LinearScale(double unit) : unit_(unit) {}
+  [[nodiscard]] double distance(double t) const override { return unit_ * t; }
+  [[nodiscard]] double position(double distance) const override { return distance / unit_; }
+
+ private:
+  double unit_;
+};
+
+/// value (exp(rate t) - 1): t runs over the logarithm of a value > 0, in units of 1/rate.
+class ExponentialScale : public Scale {
+ public:
+  ExponentialScale(double value, double rate)
+      : value_(value), rate_(rate), logValue_(std::log(value)) {}
+  [[nodiscard]] double distance(double t) const override { return value_ * std::expm1(rate_ * t); }
+  [[nodiscard]] double position(double distance) const override {
+    return std::log1p(distance / value_) / rate_;
+  }
+  [[nodiscard]] double logDistance(double t) const override {
+    const double exponent = rate_ * t;
+    return logValue_ + (exponent > 40 ? exponent : std::log(std::abs(std::expm1(exponent))));
+  }
+
+ private:
+  double value_;
+  double rate_;
+  double logValue_;
+};
+
+/// The piece around an anchor, by numerical integration over the scale's variable t.
+/// @param logDensity    logarithm of the density of t relative to that at t = 0; unimodal, largest
+///                      at the anchor, and falling at least exponentially where the interval is
+///                      infinite in t
+/// @param logAtAnchor   logarithm of the density of t at the anchor
+Piece integratedPiece(const Anchor& anchor, const Scale& scale,
+                      const std::function<double(double)>& logDensity, double logAtAnchor);
+
+/// e^t - 1 - t, without cancellation around 0.
+double expm1LessT(double t);
+
+}  // namespace palvex
