@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <string_view>
 
@@ -41,26 +40,12 @@ double rcomp(double a, double x, Line caller = Line::here());
 // The incomplete gamma ratios and their inverse: Algorithm 654 as well; theory in A. R. DiDonato,
 // A. H. Morris, ACM Trans. Math. Softw. 12 (1986) 377-393.
 
-/// A shape > 0 with what the incomplete gamma ratios at any x derive from it. Working on one gives
-/// the same bits as working on the shape itself, for less time where many values share the shape.
-struct Shape {
-  explicit Shape(double a);
-
-  double a;
-  /// 1/gamma(1 + a) - 1 for a < 1.
-  double gam1 = 0;
-  /// exp(-x) x^a / gamma(a) is `factor` exp(-x) x^a for a < 30, `factor` exp(-a rlog(x/a)) beyond.
-  double factor = 0;
-  /// Temme's expansion in powers of sqrt(2 rlog(x/a)), for a >= 30.
-  std::array<double, 14> temme{};
-};
-
 /// P(a, x) into `ans` and Q(a, x) = 1 - P into `qans`: the probability below and above x of the
 /// gamma distribution with shape a.
 ///
-/// The smaller one has the relative error 2e-14 as long as it is above 1e-16 and a below 1e3; in
-/// general 5e-14 + 4e-16 K, K being the larger of its condition numbers in a and x. Tails below
-/// 1e-304 are 0. An a x that underflows gives the limits (0, 1) for x <= a and (1, 0) for x > a.
+/// Each has the relative error 2e-14 where its condition numbers in a and x are below 100, and
+/// 5e-13 for shapes up to 1e7 and tails down to 1e-300; tails below 1e-304 are 0. An a x that
+/// underflows gives the limits (0, 1) for x <= a and (1, 0) for x > a.
 /// @param a    shape, >= 0
 /// @param x    >= 0; a and x not both 0 and not both infinite. An argument outside its range, or
 ///             NaN, gives ans = 2 and leaves qans as it is
@@ -69,8 +54,8 @@ void gratio(double a, double x, double& ans, double& qans, std::int16_t ind);
 
 /// The x with P(a, x) = p and Q(a, x) = q.
 ///
-/// Relative error 2e-14 + 3e-16 K, K being the larger of the quantile's condition numbers in a and
-/// in the smaller of p and q.
+/// Relative error 3e-15 (1 + K), K being the larger of the quantile's condition numbers in a and in
+/// the smaller of p and q.
 /// @param a     shape
 /// @param x     receives the solution; 0 where there is none
 /// @param x0    where to start when > 0; otherwise the routine finds a start itself

@@ -136,10 +136,8 @@ std::int16_t iterate(const Shape& shape, double& x, double p, double q, bool byQ
   const double am1 = (shape.a - 0.5) - 0.5;
   for (std::int16_t steps = 1; steps <= 20; ++steps) {
     const Ratio at = ratioAt(shape, x);
-    if (at.p == 0 || at.q == 0) return uncertain;
-    const double density = at.density == Ratio::unknown ? densityAt(shape, x) : at.density;
-    if (density == 0) return uncertain;
-    const double t = (byQ ? q - at.q : at.p - p) / density;
+    if (at.p == 0 || at.q == 0 || at.density == 0) return uncertain;
+    const double t = (byQ ? q - at.q : at.p - p) / at.density;
     // With f = P - p and the slope's own slopes known, the inverse function's series in t, to the
     // third order: one order beyond Schroeder's step. `error` bounds the first neglected term.
     const double slope = am1 - x;

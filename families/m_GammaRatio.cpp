@@ -7,7 +7,6 @@
 #include <cmath>
 #include <limits>
 
-#include "numerics/Polynomial.h"
 #include "numerics/m_MathUtil.h"
 
 namespace palvex::m_Gamma {
@@ -15,7 +14,6 @@ namespace palvex::m_Gamma {
 namespace {
 
 constexpr double accuracy = 5e-15;  // of a sum or fraction, relative
-constexpr double epsilon = std::numeric_limits<double>::epsilon();
 constexpr double inverseRootTwoPi = 0.39894228040143267794;
 constexpr double inverseRootPi = 0.56418958354775628695;
 
@@ -118,23 +116,25 @@ Ratio smallShape(const Shape& shape, double x) {
   if (x < 0.25 ? z <= -0.13394 : a >= x / 2.59) {
     // The power itself, because exp(z) would magnify the rounding of a large z.
     const double power = z > -2 ? std::exp(z) : std::pow(x, a);
-    return fromP(power * g * (0.5 + (0.5 - j)), Ratio::unknown);
+    return fromP(power * g * (0.5 + (0.5 - j)), shape.factor * (power * std::exp(-x)));
   }
   const double l = m_MathUtil::rexp(z);
   const double w = 0.5 + (0.5 + l);
   const double q = (w * j - l) * g - shape.gam1;
-  return q < 0 ? allBelow : fromQ(q, Ratio::unknown);
+  return q < 0 ? allBelow : fromQ(q, shape.factor * (w * std::exp(-x)));
 }
 
 /// a = 1/2.
 Ratio oneHalf(double x) {
   const double root = std::sqrt(x);
-  if (x < 0.25) return fromP(m_MathUtil::erf(root), Ratio::unknown);
   const double e = std::exp(-x);
-  return fromQ(e * m_MathUtil::erfc1(1, root), inverseRootPi * root * e);
+  const double density = inverseRootPi * root * e;
+  if (x < 0.25) return fromP(m_MathUtil::erf(root), density);
+  return fromQ(e * m_MathUtil::erfc1(1, root), density);
 }
 
-/// 1 <= a < 30, 2 a an integer, a <= x < 31: finite sums for Q.
+/// 1 <= a < 30, 2 a an integer, x < 31 and not so far below a that P = 1 - Q would lose accuracy:
+/// finite sums for Q.
 Ratio finiteSum(double a, double x) {
   const double e = std::exp(-x);
   const bool isInteger = a == std::floor(a);
@@ -155,6 +155,19 @@ Ratio finiteSum(double a, double x) {
   return fromQ(sum, term * x);
 }
 
+/// The polynomial of Temme's expansion, its even and odd powers side by side.
+double temmeSum(const std::array<double, 14>& c, double z) {
+  const double square = z * z;
+  double even = c[12];
+  double odd = c[13];
+  for (std::size_t i = 12; i > 0;) {
+    i -= 2;
+    even = even * square + c[i];
+    odd = odd * square + c[i + 1];
+  }
+  return even + odd * z;
+}
+
 /// a >= 30, x near a, y = a rlog(x/a).
 Ratio temme(const Shape& shape, double x, double y) {
   const double a = shape.a;
@@ -162,7 +175,7 @@ Ratio temme(const Shape& shape, double x, double y) {
   const double z = std::copysign(std::sqrt(2 * (y / a)), x - a);
   const double bell = std::exp(-y);
   const double w = 0.5 * m_MathUtil::erfc1(1, root);
-  const double t = inverseRootTwoPi * polynomial(shape.temme, z) / std::sqrt(a);
+  const double t = inverseRootTwoPi * temmeSum(shape.temme, z) / std::sqrt(a);
   const double density = shape.factor * bell;
   return x >= a ? fromQ(bell * (w + t), density) : fromP(bell * (w - t), density);
 }
@@ -206,9 +219,11 @@ std::array<double, 14> temmePolynomial(double a) {
   const auto add = [&](const auto& c) {
     for (std::size_t j = 0; j < c.size(); ++j) sum[j] = sum[j] * u + c[j];
   };
-  add(c7);
-  add(c6);
-  add(c5);
+  if (u > 1e-3) {  // else below the rounding
+    add(c7);
+    add(c6);
+    add(c5);
+  }
   add(c4);
   add(c3);
   add(c2);
@@ -228,9 +243,19 @@ double reciprocalGamma(double a) {
   return (1 + gam1(x - 1)) / product;
 }
 
+/// exp(-x) x^a / gamma(a) for a < 30, x > 0.
+double densityAt(const Shape& shape, double x) {
+  const double a = shape.a;
+  if (x < 700 && !(a < 4 && x > 0.125 && x < 8)) {
+    // The power itself, because exp would magnify the rounding of a large logarithm.
+    return shape.factor * (std::exp(-x) * std::pow(x, a));
+  }
+  return shape.factor * std::exp(a * std::log(x) - x);
+}
+
 }  // namespace
 
-Shape::Shape(double shape) : a(shape) {
+Shape::Shape(double a) : a(a) {
   if (a < 1) {
     gam1 = m_Gamma::gam1(a);
     factor = a * (1 + gam1);
@@ -248,13 +273,6 @@ double deviance(double a, double x) {
   return (x - a) - a * std::log(x / a);
 }
 
-double densityAt(const Shape& shape, double x) {
-  const double a = shape.a;
-  if (a >= largeShape) return shape.factor * std::exp(-deviance(a, x));
-  if (x < 700) return shape.factor * (std::exp(-x) * std::pow(x, a));
-  return shape.factor * std::exp(a * std::log(x) - x);  // exp(-x) alone would underflow
-}
-
 Ratio ratioAt(const Shape& shape, double x) {
   const double a = shape.a;
   if (a * x == 0 || std::isinf(x)) return limitRatio(a, x);
@@ -268,7 +286,9 @@ Ratio ratioAt(const Shape& shape, double x) {
   } else {
     if (a == 0.5) return oneHalf(x);
     if (a < 1 && x < 1.1) return smallShape(shape, x);
-    if (a >= 1 && x >= a && x < farX && 2 * a == std::floor(2 * a)) return finiteSum(a, x);
+    if (a >= 1 && x >= a - 0.7 * std::sqrt(a) && x < farX && 2 * a == std::floor(2 * a)) {
+      return finiteSum(a, x);
+    }
     density = densityAt(shape, x);
   }
   if (density == 0) return limitRatio(a, x);

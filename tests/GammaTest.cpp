@@ -97,12 +97,12 @@ TEST(GammaFunctions, DepartFromThePublicationOnPurpose) {
 
 TEST(GammaRatio, AgreesWithHighPrecisionReferences) {
   const auto rows = references("gratio.csv");
-  EXPECT_GE(rows.size(), 2800U);
+  EXPECT_GE(rows.size(), 3400U);
   for (const auto& row : rows) {
     const Tails found = tails(row[0], row[1]);
     for (const auto& [value, expected, conditioning] :
          {std::tuple{found.p, row[2], row[4]}, std::tuple{found.q, row[3], row[5]}}) {
-      const double tolerance = conditioning <= 100 ? 3e-14 : 1e-12;
+      const double tolerance = conditioning <= 100 ? 2e-14 : 5e-13;
       EXPECT_LE(relativeError(value, expected), tolerance) << row[0] << ' ' << row[1];
     }
   }
@@ -110,11 +110,11 @@ TEST(GammaRatio, AgreesWithHighPrecisionReferences) {
 
 TEST(GammaInverse, AgreesWithHighPrecisionReferences) {
   const auto rows = references("gaminv.csv");
-  EXPECT_GE(rows.size(), 2800U);
+  EXPECT_GE(rows.size(), 3400U);
   for (const auto& row : rows) {
     const Solution found = solve(row[0], row[1], row[2]);
     EXPECT_TRUE(found.ierr >= 0 && found.ierr <= 4) << row[0] << ' ' << row[1];
-    EXPECT_LE(relativeError(found.x, row[3]), 1e-14 + 2e-15 * row[4])
+    EXPECT_LE(relativeError(found.x, row[3]), 3e-15 * (1 + row[4]))
         << row[0] << ' ' << row[1] << ' ' << row[2];
   }
 }

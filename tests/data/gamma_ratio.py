@@ -120,24 +120,96 @@ def borders():
     for x in (10, 12.9, 13.2, 20, 26.9, 27.1, 30.9, 31, 31.1, 60):
         for a in around(20) + around(30) + around(x / 2.59):
             yield a, x
-    for a in (1, 1.5, 2, 2.3, 2.5, 7, 7.25, 15.5, 19, math.nextafter(20, 0), 20, 22, 25, math.nextafter(30, 0), 30, 31, 100, 5000, 1e5, 1e7):
+    for a in (1, 1.5, 2, 2.3, 2.5, 7, 7.25, 15.5, 19, math.nextafter(20, 0), 20, 22, 25, math.nextafter(30, 0), 30, 31,
+              100, 5000, 1e5, 1e7):
         for border in (a, 2.30258509299405, 31, 1.4 * a, 0.6 * a, 1.35 * a, 0.65 * a, 1.57 * a, 0.61 * a, 700):
             if a < 400 or border == a:
                 for x in around(border):
                     yield a, x
         for sd in (-3, -1, 1, 3):
             yield a, a + sd * math.sqrt(a)
-    for n in range(2, 40, 3):
+    for n in range(2, 60, 3):
         for a in around(n / 2):
             yield a, a * 1.2
+            for x in around(a - 0.7 * math.sqrt(a)):
+                yield a, x
+    for a in (1.7, 3.9, 4, 4.1):
+        for border in (0.125, 8):
+            for x in around(border):
+                yield a, x
+    for a in (999, 1000, 1001):
+        for sd in (-5, -1, 0, 1, 5):
+            yield a, a + sd * math.sqrt(a)
     for a in (1e5, 1e6, 1e7):  # x/a near 1
         for s in (-1e-3, -2.5e-7, 2.5e-7, 1e-3, -1e-9, 1e-9):
             yield a, a * (1 + s)
 
 
+def quantile(a, tail, upper):
+    """The x with this probability above it (below it), by bisection on its logarithm."""
+    low, high = -650.0, math.log(a + 2000)
+    for _ in range(60):
+        middle = (low + high) / 2
+        if (tails(a, math.exp(middle))[1 if upper else 0] > tail) == upper:
+            low = middle
+        else:
+            high = middle
+    return math.exp(low)
+
+
+def cornish_fisher(a, tail, upper):
+    """The start of the inverse for a > 1, in double arithmetic."""
+    t = math.sqrt(-2 * math.log(tail))
+    top = ((0.213623493715853 * t + 4.28342155967104) * t + 11.6616720288968) * t + 3.31125922108741
+    bottom = (((0.036117081018842 * t + 1.27364489782223) * t + 6.40691597760039) * t + 6.61053765625462) * t + 1
+    s = (t - top / bottom) * (1 if upper else -1)
+    root = math.sqrt(a)
+    return (a + s * root + (s * s - 1) / 3 + s * (s * s - 7) / (36 * root)
+            - ((3 * s * s + 7) * s * s - 16) / (810 * a)
+            + s * ((9 * s * s + 256) * s * s - 433) / (38880 * a * root))
+
+
+def start_borders():
+    """Both sides of every border between two starts of the inverse."""
+    for a in (0.01, 0.1, 0.2999999, 0.3000001, 0.5, 0.8, 0.99):
+        g = math.gamma(1 + a)
+        for q in [b * a / g for b in (0.45, 0.35, 0.15, 0.01, 1e-28)] + [0.6 * a / g, 0.1, 0.5]:
+            if q <= 0.5:
+                yield a, q, True
+            else:
+                yield a, 1 - q, False
+        yield a, 1e-8, False
+        yield a, 1e-30, False
+    for a in (1.001, 1.5, 2, 4, 8, 12, 40, 300, 500, 2000):
+        yield a, 0.5, True
+        y = 2.302585 * max(2, a * (a - 1))
+        if y + math.lgamma(a) < 660:
+            yield a, math.exp(-y - math.lgamma(a)), True
+        for border, upper in ((3 * a, True), (0.7 * (a + 1), False), (0.15 * (a + 1), False),
+                              (0.01 * (a + 1), False)):
+            low, high = math.log(1e-290), math.log(0.5)
+            start = [cornish_fisher(a, math.exp(end), upper) - border for end in (low, high)]
+            if start[0] * start[1] > 0:
+                continue
+            for _ in range(60):
+                middle = (low + high) / 2
+                if (cornish_fisher(a, math.exp(middle), upper) - border) * start[0] > 0:
+                    low = middle
+                else:
+                    high = middle
+            yield a, math.exp(low), upper
+        for share in (0.01, 0.002):  # of the solution itself
+            tail = float(tails(a, share * (a + 1))[0])
+            if tail > 1e-280:
+                yield a, tail, False
+
+
 def main():
     rng = random.Random(654)
     chosen = [(a, x) for a, x in points(rng, 2100)] + [(a, x) for a, x in borders() if x > 0]
+    for a, tail, upper in start_borders():
+        for side in (1 - 1e-9, 1 + 1e-9):
+            chosen.append((a, quantile(a, tail * side, upper)))
     with open("gratio.csv", "w") as ratios, open("gaminv.csv", "w") as inverses:
         for a, x in chosen:
             p, q, density, by_a = conditioning(a, x)
