@@ -286,6 +286,13 @@ const Family johnson{
           }
           return Support{-infinity, infinity};
         },
+    .moments = [](const Values& v, const Limits& limits) -> std::optional<Moments> {
+      return m_Johnson::moments(v.fitted.johnson, v.fitted.curve, limits);
+    },
+    .integratedMoments =
+        [](const Values& v, const Limits& limits) {
+          return m_Johnson::integratedMoments(v.fitted.johnson, v.fitted.curve, limits);
+        },
 };
 
 const Family histogram{

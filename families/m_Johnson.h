@@ -2,9 +2,11 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "families/Moments.h"
 #include "runtime/Limits.h"
 
 /// The Johnson system of distributions, given by four moments.
@@ -14,7 +16,7 @@
 ///   SU (unbounded)   Z = gamma + delta arsinh((X - xi) / lambda)
 ///   SB (bounded)     Z = gamma + delta ln((X - xi) / (xi + lambda - X))
 /// Beside them stands the normal distribution itself. CalcJohnson fits the curve
-/// (m_JohnsonFit.cpp), the other routines evaluate it (m_Johnson.cpp).
+/// (m_JohnsonFit.cpp), the other routines evaluate it (m_Johnson.cpp, m_JohnsonMoments.cpp).
 ///
 /// All routines raise the run-time's arithmetic errors, 6 for an argument that is infinite or NaN
 /// where no limit value exists; each adds its line to the trace of an error that passes it.
@@ -169,5 +171,13 @@ struct CurveMoments {
 /// The moments that a fitted curve really has, by quadrature over the normal deviate to a relative
 /// 1e-10: the fit is loose, and this shows how loose. Error 11 for a record without a curve.
 CurveMoments curveMoments(const JohnsonParams& params);
+
+/// Mean and standard deviation of what the limits keep, renormalised: in closed form (SB by
+/// quadrature over the normal deviate), or nothing where that would lose digits. Those of the true
+/// law, whatever its density and probability report. Error 11 for a record without a curve.
+std::optional<Moments> moments(const JohnsonParams& params, Curve curve, const Limits& limits);
+
+/// The same by numerical integration, which holds everywhere.
+Moments integratedMoments(const JohnsonParams& params, Curve curve, const Limits& limits);
 
 }  // namespace palvex::m_Johnson

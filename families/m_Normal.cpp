@@ -19,7 +19,7 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 void addIntegrals(PartialMoments& moments, double z, bool upper, double sign) {
   const double tail = (upper ? -sign : sign) * NormalCDF(z, upper);
   const double bell = sign * std::exp(-z * z / 2) / std::sqrt(twoPi);
-  const double accuracy = 1e-15 * (4 + z * z);
+  const double accuracy = std::isinf(z) ? 1e-15 : 1e-15 * (4 + z * z);
   moments.add(0, tail, accuracy);
   moments.add(2, tail, accuracy);
   if (bell == 0) return;

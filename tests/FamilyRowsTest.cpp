@@ -133,6 +133,8 @@ TEST(FamilyRows, EveryParameterIsJudgedInItsOwnWords) {
       {"Exponential", {{"Lambda", positive}, {"Minimum", real}}},
       {"Weibull",
        {{"Shape", positive}, {"Scale", positive}, {"Minimum", ".  Must be a real number."}}},
+      {"Gamma", {{"Shape", aPositive}, {"Scale", aPositive}, {"Minimum", real}}},
+      {"Beta", {{"Alpha", positive}, {"Beta", positive}, {"Minimum", real}, {"Maximum", real}}},
       {"Johnson",
        {{"Mean", real}, {"Std Dev", aPositive}, {"Skewness", real}, {"Kurtosis", aPositive}}},
   };

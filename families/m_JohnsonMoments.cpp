@@ -1,0 +1,300 @@
+// The moments of a Johnson curve, whole or between limits.
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "families/m_Johnson.h"
+#include "families/m_Lognormal.h"
+#include "families/m_Normal.h"
+#include "numerics/m_Integration.h"
+
+namespace palvex::m_Johnson {
+
+namespace {
+
+constexpr double twoPi = 6.28318530717958648;
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+/// What a fit without a curve leaves has no moments.
+void refuseUnfitted(const JohnsonParams& params, Curve curve) {
+  if (curve == Curve::none || (curve != Curve::normal && !(params.delta > 0))) {
+    raise(fault::divisionByZero);
+  }
+}
+
+double logistic(double u) {
+  return 1 / (1 + std::exp(-u));
+}
+
+double logLogistic(double u) {
+  return u < 0 ? u - std::log1p(std::exp(u)) : -std::log1p(std::exp(-u));
+}
+
+/// The variate of the standard curve (xi = 0, scale 1) at the normal deviate z.
+double standardVariate(double z, const JohnsonParams& params) {
+  const double t = (z - params.gamma) / params.delta;
+  switch (params.typeCode) {
+    case 1:
+      return params.lambda * std::exp((params.lambda * z - params.gamma) / params.delta);
+    case 2:
+      return std::sinh(t);
+    default:
+      return logistic(t);
+  }
+}
+
+/// The expectation of f(Z), Z standard normal, by the trapezoidal rule, whose error falls
+/// exponentially with 1 / step for an f analytic near the real axis.
+template <class Function>
+double expectation(double reach, double step, Function&& f) {
+  const auto half = static_cast<int>(reach / step);
+  double sum = 0;
+  for (int i = -half; i <= half; ++i) {
+    const double z = i * step;
+    sum += f(z) * std::exp(-0.5 * z * z);
+  }
+  return checked(sum * step / std::sqrt(twoPi));
+}
+
+}  // namespace
+
+CurveMoments curveMoments(const JohnsonParams& params) {
+  const Curve curve = curveOf(params.typeName);
+  refuseUnfitted(params, curve);
+  if (curve == Curve::normal) return {params.lambda, params.gamma, 0, 3};
+
+  // The fourth power of an exponential tail exp(z / delta) gathers about z = 4 / delta; a bounded
+  // variate stops growing at z = gamma. Its poles lie pi delta beside the real axis.
+  const double tail = 4 / params.delta;
+  const bool bounded = curve == Curve::SB;
+  const double reach = 10 + (bounded ? std::min(tail, std::abs(params.gamma)) : tail);
+  const double step = std::max(bounded ? std::min(0.2, 0.4 * params.delta) : 0.2, reach * 1e-6);
+
+  const auto variate = [&](double z) { return standardVariate(z, params); };
+  const double mean = expectation(reach, step, variate);
+  const auto central = [&](int order) {
+    return expectation(reach, step, [&](double z) { return std::pow(variate(z) - mean, order); });
+  };
+  const double sd = std::sqrt(central(2));
+  const double scale = curve == Curve::SL ? 1 : params.lambda;
+  return {checked(params.xi + scale * mean), checked(scale * sd), Divide(central(3), sd * sd * sd),
+          Divide(central(4), sd * sd * sd * sd)};
+}
+
+namespace {
+
+/// The normal deviate of x in or at the ends of the range of an SU or SB curve.
+double deviate(double x, const JohnsonParams& c, Curve curve) {
+  if (curve == Curve::SU) return c.gamma + c.delta * std::asinh((x - c.xi) / c.lambda);
+  const double toLower = x - c.xi;
+  const double toUpper = c.xi + c.lambda - x;
+  if (toLower <= 0) return -infinity;
+  if (toUpper <= 0) return infinity;
+  return c.gamma + c.delta * std::log(toLower / toUpper);
+}
+
+KeptIntervals kept(const JohnsonParams& c, Curve curve, const Limits& limits) {
+  if (curve == Curve::SB) return {limits, c.xi, c.xi + c.lambda};
+  return {limits, -infinity, infinity};
+}
+
+// ---- SL: a lognormal distribution, upside down for a negative skewness ----
+
+Limits mirrored(const Limits& limits) {
+  Limits mirror;
+  if (limits.upper) mirror.lower = -*limits.upper;
+  if (limits.lower) mirror.upper = -*limits.lower;
+  return mirror;
+}
+
+template <class LognormalMoments>
+auto ofLognormal(LognormalMoments&& moments, const JohnsonParams& c, const Limits& limits) {
+  const double location = -c.gamma / c.delta;
+  const double scale = 1 / c.delta;
+  if (c.lambda > 0) return moments(location, scale, c.xi, limits);
+  return moments(location, scale, -c.xi, mirrored(limits));
+}
+
+// ---- SU: X = xi + lambda sinh((Z - gamma) / delta), a sum of two lognormals ----
+
+Moments wholeUnbounded(const JohnsonParams& c) {
+  const double square = 1 / (c.delta * c.delta);
+  const double omega = c.gamma / c.delta;
+  const double w = std::exp(square);
+  return {c.xi - c.lambda * std::sqrt(w) * std::sinh(omega),
+          c.lambda * std::sqrt(std::expm1(square) * (w * std::cosh(2 * omega) + 1) / 2)};
+}
+
+/// Adds factor E(exp(k (Z - gamma) / delta); a < Z < b) to the sum of an order: by completing the
+/// square it is a normal integral.
+void addExponential(PartialMoments& sums, std::size_t order, int k, double factor, double a,
+                    double b, const JohnsonParams& c) {
+  const double shift = k / c.delta;
+  const double exponent = shift * (shift / 2 - c.gamma);
+  const bool upper = a > shift;  // the smaller tails
+  const auto add = [&](double z, double sign) {
+    const double tail = m_Normal::NormalCDF(z - shift, upper);
+    if (tail == 0) return;
+    const double rounded =
+        std::isinf(z) ? 0 : (std::abs(z - shift) + 1) * (std::abs(z) + std::abs(shift) + c.delta);
+    sums.add(order, sign * factor * std::exp(exponent) * tail,
+             4e-15 + 2e-16 * (rounded + std::abs(shift) * (std::abs(shift) + std::abs(c.gamma))));
+  };
+  add(b, upper ? -1 : 1);
+  add(a, upper ? 1 : -1);
+}
+
+std::optional<Moments> keptUnbounded(const JohnsonParams& c, const Limits& limits) {
+  PartialMoments sums;  // of sinh
+  for (const Interval& x : kept(c, Curve::SU, limits)) {
+    const double a = deviate(x.lower, c, Curve::SU);
+    const double b = deviate(x.upper, c, Curve::SU);
+    addExponential(sums, 0, 0, 1, a, b, c);
+    for (const int sign : {1, -1}) {
+      addExponential(sums, 1, sign, sign * 0.5, a, b, c);
+      addExponential(sums, 2, 2 * sign, 0.25, a, b, c);
+    }
+    addExponential(sums, 2, 0, -0.5, a, b, c);
+  }
+  const auto standard = sums.moments();
+  if (!standard) return {};
+  return Moments{c.xi + c.lambda * standard->mean, c.lambda * standard->sd};
+}
+
+// ---- SB ----
+
+/// By quadrature over the normal deviate; nothing for the far tails and for a spread that is small
+/// against the distance from the nearer end.
+std::optional<Moments> keptBounded(const JohnsonParams& c, const Limits& limits) {
+  constexpr double farthest = 12;
+  const double side = c.gamma < 0 ? -1 : 1;  // count from the end where most of the values are
+  double mass = 0;
+  double first = 0;
+  double second = 0;
+  for (const Interval& x : kept(c, Curve::SB, limits)) {
+    const double a = std::max(deviate(x.lower, c, Curve::SB), -farthest);
+    const double b = std::min(deviate(x.upper, c, Curve::SB), farthest);
+    if (!(a < b)) continue;
+    std::vector<double> breaks{a};
+    for (const double z : {-4.0, 0.0, 4.0}) {
+      if (a < z && z < b) breaks.push_back(z);
+    }
+    breaks.push_back(b);
+    const auto integral = [&](int order) {
+      const auto weighted = [&](double z) {
+        const double v = logistic(side * (z - c.gamma) / c.delta);
+        const double power = order == 0 ? 1 : order == 1 ? v : v * v;
+        return power * std::exp(-z * z / 2) / std::sqrt(twoPi);
+      };
+      return m_Integration::integrate(weighted, breaks);
+    };
+    mass += integral(0);
+    first += integral(1);
+    second += integral(2);
+  }
+  if (!(mass > 1e-12)) return {};
+  const double mean = first / mass;
+  const double square = second / mass;
+  const double variance = square - mean * mean;
+  if (!(variance > 1e-4 * square)) return {};
+  return Moments{c.xi + c.lambda * (side > 0 ? mean : 1 - mean), c.lambda * std::sqrt(variance)};
+}
+
+// ---- integration: t is the normal deviate, counted from the anchor's ----
+
+/// The distance in x as a function of t.
+class DeviateScale : public Scale {
+ public:
+  /// @param z0     the anchor's normal deviate
+  /// @param ends   the interval's, as normal deviates
+  DeviateScale(const JohnsonParams& c, Curve curve, double z0, const Interval& ends)
+      : c_(c), curve_(curve), z0_(z0), u0_((z0 - c.gamma) / c.delta), ends_(ends) {}
+
+  [[nodiscard]] double distance(double t) const override {
+    const double h = t / c_.delta;
+    if (curve_ == Curve::SU) {
+      return 2 * c_.lambda * std::cosh(u0_ + h / 2) * std::sinh(h / 2);
+    }
+    return std::copysign(std::exp(logDistance(t)), t);
+  }
+
+  [[nodiscard]] double logDistance(double t) const override {
+    const double h = t / c_.delta;
+    const double logWidth = std::log(-std::expm1(-std::abs(h)));
+    if (curve_ == Curve::SU) {
+      const double middle = std::abs(u0_ + h / 2);
+      return std::log(c_.lambda / 2) + middle + std::log1p(std::exp(-2 * middle)) +
+             std::abs(h / 2) + logWidth;
+    }
+    // From v to w the logistic function rises by w (1 - v) (1 - exp(-h)).
+    return std::log(c_.lambda) + logLogistic(std::max(u0_, u0_ + h)) +
+           logLogistic(-std::min(u0_, u0_ + h)) + logWidth;
+  }
+
+  /// Of the interval's ends only. Near the anchor the difference of two deviates has lost digits
+  /// that the distance still has.
+  [[nodiscard]] double position(double distance) const override {
+    double t = (distance < 0 ? ends_.lower : ends_.upper) - z0_;
+    if (std::abs(t) < 0.1 * c_.delta) {
+      t = std::copysign(1e-3 * c_.delta, distance);
+      for (int i = 0; i < 10; ++i) t *= distance / this->distance(t);
+    }
+    return t;
+  }
+
+ private:
+  const JohnsonParams& c_;
+  Curve curve_;
+  double z0_;
+  double u0_;
+  Interval ends_;
+};
+
+}  // namespace
+
+std::optional<Moments> moments(const JohnsonParams& params, Curve curve, const Limits& limits) {
+  refuseUnfitted(params, curve);
+  switch (curve) {
+    case Curve::SL: {
+      auto result = ofLognormal(m_Lognormal::moments, params, limits);
+      if (result && params.lambda < 0) result->mean = -result->mean;
+      return result;
+    }
+    case Curve::SU:
+      if (!limits.lower && !limits.upper) return wholeUnbounded(params);
+      return keptUnbounded(params, limits);
+    case Curve::SB:
+      return keptBounded(params, limits);
+    default:
+      return m_Normal::moments(params.lambda, params.gamma, limits);
+  }
+}
+
+Moments integratedMoments(const JohnsonParams& params, Curve curve, const Limits& limits) {
+  refuseUnfitted(params, curve);
+  if (curve == Curve::normal)
+    return m_Normal::integratedMoments(params.lambda, params.gamma, limits);
+  if (curve == Curve::SL) {
+    Moments result = ofLognormal(m_Lognormal::integratedMoments, params, limits);
+    if (params.lambda < 0) result.mean = -result.mean;
+    return result;
+  }
+  const double u = -params.gamma / params.delta;
+  const double median =
+      params.xi + params.lambda * (curve == Curve::SU ? std::sinh(u) : logistic(u));
+  Mixture mixture;
+  for (const Interval& x : kept(params, curve, limits)) {
+    const Interval ends{deviate(x.lower, params, curve), deviate(x.upper, params, curve)};
+    const Anchor anchor = anchorAt(median, 0, x);
+    const double z = anchor.isMode ? 0 : deviate(anchor.value, params, curve);
+    if (!std::isfinite(z)) continue;  // nothing but an end that has no value
+    mixture.add(integratedPiece(
+        anchor, DeviateScale(params, curve, z, ends), [z](double t) { return -(z + t / 2) * t; },
+        -z * z / 2 - std::log(twoPi) / 2));
+  }
+  return mixture.moments();
+}
+
+}  // namespace palvex::m_Johnson
