@@ -36,6 +36,7 @@ class Program : public testing::Test {
   Program() {
     fs::create_directories(folder_);
     std::ofstream(folder_ / "sheet.csv") << "mean,10\n\"sd\",2\nbad,#N/A\nopen,-Infinity\n,word\n";
+    std::ofstream(folder_ / "four.csv") << "a,b\n,4\n";
     std::ofstream(folder_ / "broken.csv") << "1\n\"2\n";
   }
   ~Program() override { fs::remove_all(folder_); }
@@ -182,8 +183,43 @@ TEST_F(Program, DrawsTheSameValuesForTheSameSeed) {
   EXPECT_EQ(nlohmann::json::parse(json).size(), 20000u);
 }
 
+TEST_F(Program, DescribesWhatTheLimitsKeep) {
+  EXPECT_EQ(run("palvex describe Uniform 0 8 --ltl 2 --utl =B2 --sheet four.csv").out,
+            "quantity              value\n"
+            "Type                  Uniform\n"
+            "Minimum               0\n"
+            "Maximum               8\n"
+            "LTL                   2\n"
+            "UTL                   4\n"
+            "Kept share            0.25\n"
+            "Mean of the draws     3\n"
+            "Std Dev of the draws  0.5773502692\n"
+            "1 %                   2.02\n"
+            "5 %                   2.1\n"
+            "10 %                  2.2\n"
+            "25 %                  2.5\n"
+            "50 %                  3\n"
+            "75 %                  3.5\n"
+            "90 %                  3.8\n"
+            "95 %                  3.9\n"
+            "99 %                  3.98\n");
+  const std::vector<std::pair<const char*, const char*>> shares{
+      {"Uniform 0 8 --ltl 4 --utl 2", "0.75"},       {"Normal 5 0 --ltl 5", "1"},
+      {"Weibull 1 1 5 --ltl 7", "0.1353352832"},  // e^-2
+      {"Normal 0 1 --utl 0 --ltl -Infinity", "0.5"}, {"Normal 0 1 --ltl 10", "less than 1e-09"},
+  };
+  for (const auto& [distribution, share] : shares) {
+    const Outcome described = run(std::string("palvex describe ") + distribution);
+    EXPECT_NE(described.out.find(std::string("Kept share            ") + share + '\n'),
+              std::string::npos)
+        << distribution << '\n'
+        << described.out << described.err;
+  }
+  EXPECT_EQ(run("palvex describe Normal 0 1").out.find("Kept share"), std::string::npos);
+}
+
 TEST_F(Program, HelpsOnEveryLevelWithExamples) {
-  for (const char* command : {"", "demo", "types", "check", "eval", "draw", "guess"}) {
+  for (const char* command : {"", "demo", "types", "check", "eval", "describe", "draw", "guess"}) {
     const Outcome result = run(std::string("palvex ") + command + " --help");
     EXPECT_EQ(result.exitCode, 0) << command;
     EXPECT_NE(result.out.find("\nExamples:\n  palvex"), std::string::npos) << command;

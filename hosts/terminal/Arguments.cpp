@@ -102,6 +102,18 @@ Variant argumentValue(const std::string& argument, const std::shared_ptr<const W
   return std::make_shared<Range>(sheet, *block);
 }
 
+Variant content(const Variant& value) {
+  return value.isObject() ? value.toObject()->get("Value") : value;
+}
+
+Table::Cell shownContent(const Variant& value) {
+  const Variant held = content(value);
+  if (held.isArray()) return value.toObject()->get("Count").toText() + " cells";
+  if (held.isNumeric()) return held.toDouble();
+  if (held.isText()) return held.toText();
+  return {};
+}
+
 double numberArgument(const std::string& option, const std::string& argument) {
   if (const auto number = numericText(argument)) return *number;
   throw UsageError(fmt::format("{}: '{}' is not a number", option, argument));

@@ -58,6 +58,12 @@ void setType(c_Distribution& distribution, const std::string& type);
 /// @throws UsageError for a wrong reference
 Variant argumentValue(const std::string& argument, const std::shared_ptr<const Worksheet>& sheet);
 
+/// What a parameter or limit holds: itself, or the content of its range.
+Variant content(const Variant& value);
+
+/// The content as a table shows it: a number, a text, or how many cells there are.
+Table::Cell shownContent(const Variant& value);
+
 /// The finite number that the argument of `option` spells.
 /// @throws UsageError
 double numberArgument(const std::string& option, const std::string& argument);

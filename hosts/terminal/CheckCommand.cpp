@@ -7,22 +7,9 @@ namespace palvex::terminal {
 
 namespace {
 
-/// What a parameter or limit holds: itself, or the content of its range.
-Variant content(const Variant& value) {
-  return value.isObject() ? value.toObject()->get("Value") : value;
-}
-
-Table::Cell shownValue(const Variant& value) {
-  const Variant held = content(value);
-  if (held.isArray()) return value.toObject()->get("Count").toText() + " cells";
-  if (held.isNumeric()) return held.toDouble();
-  if (held.isText()) return held.toText();
-  return {};
-}
-
 Table checkedTable(const std::vector<DistributionArguments::Item>& items) {
   Table table({"parameter", "given", "value"});
-  for (const auto& [name, given, value] : items) table.add({name, given, shownValue(value)});
+  for (const auto& [name, given, value] : items) table.add({name, given, shownContent(value)});
   return table;
 }
 
@@ -45,7 +32,7 @@ Table johnsonTable(const std::vector<DistributionArguments::Item>& items) {
   Table table({"parameter", "given", "value", "fitted"});
   for (std::size_t i = 0; i < items.size(); ++i) {
     const auto& [name, given, value] = items[i];
-    table.add({name, given, shownValue(value), i < moments.size() ? moments[i] : Table::Cell{}});
+    table.add({name, given, shownContent(value), i < moments.size() ? moments[i] : Table::Cell{}});
   }
   table.add({"Curve", {}, {}, fitted ? curve.typeName : "none: the fit did not converge"});
   if (fitted) {
