@@ -230,8 +230,15 @@ const Family gamma{
         },
     .band = [](const Values& v, const Limits& limits,
                Line line) { return m_Gamma::band(v.p[0], v.p[1], v.p[2], limits, line); },
-    .value = [](const Values& v, const Band& band, double p,
-                Line line) { return m_Gamma::value(p, v.p[0], v.p[1], v.p[2], band, line); },
+    .value =
+        [](const Values& v, const Band& band, double p, Line line) {
+          if (v.prepared == nullptr || !(v.p[0] > 0)) {
+            return m_Gamma::value(p, v.p[0], v.p[1], v.p[2], band, line);
+          }
+          const auto* kept = std::get_if<m_Gamma::Shape>(v.prepared);
+          const auto& shape = kept ? *kept : v.prepared->emplace<m_Gamma::Shape>(v.p[0]);
+          return m_Gamma::value(p, shape, v.p[1], v.p[2], band, line);
+        },
     .ignoresLimits = nullptr,
     .support =
         [](const Values& v) {

@@ -8,6 +8,7 @@
 
 #include "families/Moments.h"
 #include "families/m_Beta.h"
+#include "families/m_Gamma.h"
 #include "families/m_Histogram.h"
 #include "families/m_Johnson.h"
 #include "runtime/Limits.h"
@@ -23,7 +24,7 @@ struct Fitted {
 
 /// What a family works out from its parameters alone when an evaluation first needs it, kept as
 /// long as the parameters stand.
-using Prepared = std::variant<std::monostate, m_Beta::Shapes>;
+using Prepared = std::variant<std::monostate, m_Beta::Shapes, m_Gamma::Shape>;
 
 /// What a family computes on: the current parameters, what was fitted at the last validation, and
 /// the place of what is prepared for these parameters, null where they stand for one call only.

@@ -68,6 +68,17 @@ Refusal searchShape(double p, double q, double z, double& shape) {
   return qleft ? Refusal{1, lowestShape} : Refusal{2, greatestShape};
 }
 
+/// GammaINV of a number or of a prepared shape.
+template <class Given>
+double quantile(double p, const Given& shape, double rate, bool upper) {
+  double x = 0;
+  std::int16_t ierr = 0;
+  const double complement = 1 - p;
+  gaminv(shape, x, -1, upper ? complement : p, upper ? p : complement, ierr);
+  if (ierr < 0) throw RuntimeError(fault::typeMismatch, std::string(failureText(ierr)));
+  return Divide(x, rate);
+}
+
 }  // namespace
 
 void cumgam(double x, double a, double& cum, double& ccum, Line caller) try {
@@ -178,16 +189,14 @@ Variant GammaCDF(double x, double shape, double rate, Boolean upper, Line caller
 }
 
 double GammaINV(double p, double shape, double rate, Boolean upper, Line caller) try {
-  double x = 0;
-  std::int16_t ierr = 0;
-  const double complement = 1 - p;
-  if (upper) {
-    gaminv(shape, x, -1, complement, p, ierr);
-  } else {
-    gaminv(shape, x, -1, p, complement, ierr);
-  }
-  if (ierr < 0) throw RuntimeError(fault::typeMismatch, std::string(failureText(ierr)));
-  return Divide(x, rate);
+  return quantile(p, shape, rate, upper);
+} catch (RuntimeError& error) {
+  error.leave("m_Gamma.GammaINV", caller);
+  throw;
+}
+
+double GammaINV(double p, const Shape& shape, double rate, Boolean upper, Line caller) try {
+  return quantile(p, shape, rate, upper);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.GammaINV", caller);
   throw;
@@ -206,6 +215,15 @@ Band band(double shape, double scale, double location, const Limits& limits, Lin
 double value(double p, double shape, double scale, double location, const Band& band,
              Line caller) try {
   if (!(shape > 0 && scale > 0)) return checked(location);
+  return checked(GammaINV(band.probability(p), shape, 1, false) * scale + location);
+} catch (RuntimeError& error) {
+  error.leave("m_Gamma.GammaVAL", caller);
+  throw;
+}
+
+double value(double p, const Shape& shape, double scale, double location, const Band& band,
+             Line caller) try {
+  if (!(shape.a > 0 && scale > 0)) return checked(location);
   return checked(GammaINV(band.probability(p), shape, 1, false) * scale + location);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.GammaVAL", caller);

@@ -158,10 +158,23 @@ std::int16_t iterate(const Shape& shape, double& x, double p, double q, bool byQ
   return -6;
 }
 
-}  // namespace
+double numberOf(double a) {
+  return a;
+}
+double numberOf(const Shape& shape) {
+  return shape.a;
+}
+Shape prepared(double a) {
+  return Shape(checked(a));
+}
+const Shape& prepared(const Shape& shape) {
+  return shape;
+}
 
-void gaminv(double a, double& x, double x0, double p, double q, std::int16_t& ierr,
-            Line caller) try {
+/// gaminv of a number, prepared only where it is needed, or of a prepared shape.
+template <class Given>
+void invert(const Given& given, double& x, double x0, double p, double q, std::int16_t& ierr) {
+  const double a = numberOf(given);
   x = 0;
   ierr = 0;
   if (!(a > 0)) {
@@ -182,13 +195,28 @@ void gaminv(double a, double& x, double x0, double p, double q, std::int16_t& ie
     x = q >= 0.9 ? -m_MathUtil::alnrel(-p) : -std::log(q);
     return;
   }
-  const Shape shape(checked(a));
+  const Shape& shape = prepared(given);
   const Start start = x0 > 0  ? Start{x0, p > 0.5}
                       : a < 1 ? smallShapeStart(shape, p, q)
                               : largeShapeStart(a, p, q);
   x = start.x;
   ierr = start.failure != 0 ? start.failure : iterate(shape, x, p, q, start.byQ);
   if (ierr == -7) x = 0;
+}
+
+}  // namespace
+
+void gaminv(double a, double& x, double x0, double p, double q, std::int16_t& ierr,
+            Line caller) try {
+  invert(a, x, x0, p, q, ierr);
+} catch (RuntimeError& error) {
+  error.leave("m_Gamma.gaminv", caller);
+  throw;
+}
+
+void gaminv(const Shape& a, double& x, double x0, double p, double q, std::int16_t& ierr,
+            Line caller) try {
+  invert(a, x, x0, p, q, ierr);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.gaminv", caller);
   throw;

@@ -312,6 +312,7 @@ TEST(GammaDistribution, ValueBetweenLimits) {
     const double low = shape - 0.5 * std::min(deviation, shape);
     const double high = shape + deviation;
     const auto p = [&](double x) { return GammaCDF(x / 2, shape, 1, false).toDouble(); };
+    EXPECT_EQ(value(0.4, Shape(shape), 2, 1, Band{}), GammaVAL(0.4, shape, 2, 1));
     const double l = 2 * low;
     const double u = 2 * high;
     for (int i = 0; i < 100; ++i) {
