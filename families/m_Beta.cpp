@@ -76,15 +76,11 @@ Variant BetaCDF(double x, Shapes& shapes, Boolean upper, Line caller) try {
 
 void PPFBET(double p, Shapes& shapes, double tol, std::int16_t& ier, double& x, Line caller) try {
   constexpr std::int16_t iterationLimit = 100;
-  // BetaCDF gives no text for t of [0, 1] and shapes > 0.
+  const bool closedForm = shapes.alpha == 1 || shapes.beta == 1;
+  // BetaCDF less p, without its checks where t of (0, 1) and shapes > 0 pass them.
   const auto f = [&](double t, Line line = Line::here()) {
-    try {
-      std::int16_t status = 0;
-      return tailProbability(t, shapes, false, status) - p;
-    } catch (RuntimeError& error) {
-      error.leave("m_Beta.BetaCDF", line);
-      throw;
-    }
+    if (closedForm || !(t > 0 && t < 1)) return BetaCDF(t, shapes, false, line).toDouble(line) - p;
+    return shapes.ratio(t, 1 - t).lower - p;
   };
   const auto sameSign = [](double u, double v) { return (u > 0 && v > 0) || (u < 0 && v < 0); };
 

@@ -50,6 +50,45 @@ double distance(double a, double b, double x, double y) {
   return a <= b ? a - (a + b) * x : (a + b) * y - b;
 }
 
+/// The convergents A/B of 1/(b0 + a1/(b1 + ..)), by their recurrence.
+class Convergents {
+ public:
+  using Pair = std::array<double, 2>;
+  explicit Convergents(double denominator) : last_{1, denominator} {}
+
+  /// Takes the next two partial quotients in; whether the second changed the value. Both steps at
+  /// once, so that the processor waits for one product and one sum only.
+  bool advance(const Pair& numerator, const Pair& denominator) {
+    const double p = denominator[1] * denominator[0] + numerator[1];
+    const double q = denominator[1] * numerator[0];
+    Pair middle;
+    Pair next;
+    for (std::size_t k = 0; k < 2; ++k) {
+      middle[k] = denominator[0] * last_[k] + numerator[0] * prior_[k];
+      next[k] = p * last_[k] + q * prior_[k];
+    }
+    const double change = std::abs(next[0] * middle[1] - middle[0] * next[1]);
+    const double size = std::abs(next[0] * middle[1]);
+    prior_ = middle;
+    last_ = next;
+    if (last_[1] > 1e100) rescale(1e-100);
+    return change > 4 * precision * size;
+  }
+
+  [[nodiscard]] double value() const { return last_[0] / last_[1]; }
+
+ private:
+  void rescale(double factor) {
+    for (std::size_t k = 0; k < 2; ++k) {
+      prior_[k] *= factor;
+      last_[k] *= factor;
+    }
+  }
+
+  Pair prior_{0, 1};
+  Pair last_;
+};
+
 /// Power series (bpser) for b <= 1 or b x <= 0.7.
 /// @param head  x^a / (a Beta(a, b))
 double powerSeries(double head, double a, double b, double x) {
@@ -81,38 +120,6 @@ double stepSum(double a, double b, double x, double y, int n) {
     sum += term;
   }
   return sum;
-}
-
-/// Continued fraction (bfrac) for a, b > 1: I_x(a, b) / (x^a y^b / Beta(a, b)).
-double continuedFraction(double a, double b, double x, double y, double lambda) {
-  const double c = 1 + lambda;
-  double priorA = 0;
-  double priorB = 1;
-  double thisA = 1;
-  double thisB = c * a / (a + 1);
-  double inverse = 1 / (a + 1);
-  for (double n = 1; n < patience; ++n) {
-    const double nextInverse = 1 / (a + (2 * n + 1));
-    const double w = n * (b - n) * x;
-    const double alpha = ((a + (n - 1)) * inverse) * ((a + b + (n - 1)) * inverse * x) * w;
-    const double beta = n + w * inverse + (a + n) * nextInverse * (c + n * (1 + y));
-    inverse = nextInverse;
-    const double nextA = beta * thisA + alpha * priorA;
-    const double nextB = beta * thisB + alpha * priorB;
-    const double change = std::abs(nextA * thisB - thisA * nextB);
-    priorA = thisA;
-    priorB = thisB;
-    thisA = nextA;
-    thisB = nextB;
-    if (!(change > precision * std::abs(nextA * priorB))) break;
-    if (thisB > 1e100) {
-      priorA *= 1e-100;
-      priorB *= 1e-100;
-      thisA *= 1e-100;
-      thisB *= 1e-100;
-    }
-  }
-  return thisA / thisB;
 }
 
 /// I_x(a, b) for b < min(eps, eps a), x <= 0.5 (fpser).
@@ -170,29 +177,14 @@ double upperGamma(double a, double z, double inverse) {
     return std::max(0.0, ((0.5 + (0.5 + l)) * j - l) * g - h) / r;
   }
   // The even part of the continued fraction.
-  double priorA = 0;
-  double priorB = 1;
-  double thisA = 1;
-  double thisB = z + 1 - a;
-  for (double n = 1; n < patience; ++n) {
-    const double alpha = n * (a - n);
-    const double beta = z + (2 * n + 1) - a;
-    const double nextA = beta * thisA + alpha * priorA;
-    const double nextB = beta * thisB + alpha * priorB;
-    const double change = std::abs(nextA * thisB - thisA * nextB);
-    priorA = thisA;
-    priorB = thisB;
-    thisA = nextA;
-    thisB = nextB;
-    if (!(change > precision * std::abs(nextA * priorB))) break;
-    if (thisB > 1e100) {
-      priorA *= 1e-100;
-      priorB *= 1e-100;
-      thisA *= 1e-100;
-      thisB *= 1e-100;
-    }
+  Convergents convergents(z + 1 - a);
+  for (int i = 1; i < patience; i += 2) {
+    const double n = i;
+    const double b = z + 1 - a;
+    if (!convergents.advance({n * (a - n), (n + 1) * (a - n - 1)}, {b + 2 * n, b + 2 * n + 2}))
+      break;
   }
-  return thisA / thisB;
+  return convergents.value();
 }
 
 template <class Method, class... Shapes>
@@ -205,7 +197,8 @@ Method& prepared(std::optional<Method>& method, Shapes... shapes) {
 
 // ---- x^a y^b / Beta(a, b) ----
 
-BetaPower::BetaPower(double a, double b) : a_(a), b_(b), aroundMean_(std::min(a, b) >= 8) {
+BetaPower::BetaPower(double a, double b)
+    : a_(a), b_(b), inverseA_(1 / a), inverseB_(1 / b), aroundMean_(std::min(a, b) >= 8) {
   const auto [low, high] = std::minmax(a_, b_);
   if (aroundMean_) {
     const double h = low / high;
@@ -222,29 +215,70 @@ BetaPower::BetaPower(double a, double b) : a_(a), b_(b), aroundMean_(std::min(a,
   }
 }
 
-double BetaPower::exponent(double x, double y) const {
-  if (!aroundMean_) return a_ * logarithm(x, y) + b_ * logarithm(y, x) - logScale_;
-  const double lambda = distance(a_, b_, x, y);
-  const auto deviation = [](double relative, double quotient) {
-    return std::abs(relative) <= 0.6 ? rlog1(relative) : relative - std::log(quotient);
+double BetaPower::operator()(double x, double y, double lambda) const {
+  if (!aroundMean_) return scale_ * std::exp(exponent(x, y));
+  const auto deviation = [](double relative, double at, double mean) {
+    return std::abs(relative) <= 0.6 ? rlog1(relative) : relative - std::log(at / mean);
   };
-  return -(a_ * deviation(-lambda / a_, x / meanX_) + b_ * deviation(lambda / b_, y / meanY_));
+  const double u = deviation(-lambda * inverseA_, x, meanX_);
+  const double v = deviation(lambda * inverseB_, y, meanY_);
+  return scale_ * std::exp(-(a_ * u + b_ * v));
 }
 
-double BetaPower::operator()(double x, double y, double factor) const {
+double BetaPower::exponent(double x, double y) const {
+  return a_ * logarithm(x, y) + b_ * logarithm(y, x) - logScale_;
+}
+
+double BetaPower::head(double x, double y) const {
+  return scale_ / a_ * std::exp(a_ * logarithm(x, y) - logScale_);
+}
+
+double BetaPower::mirroredHead(double x, double y) const {
+  return scale_ / b_ * std::exp(b_ * logarithm(y, x) - logScale_);
+}
+
+double BetaPower::scaled(double x, double y, double factor) const {
   const double logPower = exponent(x, y);
   if (logPower > -700) return scale_ * std::exp(logPower) * factor;
   return std::isfinite(factor) ? scale_ * std::exp(logPower + std::log(factor)) : 0;
 }
 
-double BetaPower::head(double x, double y) const {
-  const double logPower =
-      aroundMean_ ? exponent(x, y) - b_ * logarithm(y, x) : a_ * logarithm(x, y) - logScale_;
-  return scale_ / a_ * std::exp(logPower);
+// ---- both shapes above 1 (bfrac) ----
+
+ContinuedFraction::Steps ContinuedFraction::steps(double n) const {
+  Steps result;
+  for (std::size_t i = 0; i < 2; ++i) {
+    const double m = n + static_cast<double>(i);
+    const double inverse = 1 / (a_ + (2 * m - 1));
+    const double v = m * (b_ - m);
+    const double share = (a_ + m) / (a_ + (2 * m + 1));
+    result.alpha[i] = ((a_ + (m - 1)) * inverse) * ((a_ + b_ + (m - 1)) * inverse / inverseMean_) *
+                      (v / inverseMean_);
+    result.constant[i] = m + share * (2 * m + 1);
+    result.slope[i] = v * inverse - share * m;
+    result.share[i] = share;
+  }
+  return result;
 }
 
-double BetaPower::mirroredHead(double x, double y) const {
-  return scale_ / b_ * std::exp(b_ * logarithm(y, x) - logScale_);
+double ContinuedFraction::operator()(double x, double lambda) {
+  const double ratio = x * inverseMean_;
+  const double square = ratio * ratio;
+  Convergents convergents((1 + lambda) * firstShare_);
+  for (int i = 0; i < patience; ++i) {
+    if (i == known_ && known_ < keptPairs) {
+      steps_[static_cast<std::size_t>(known_++)] = steps(2 * i + 1);
+    }
+    const Steps s = i < keptPairs ? steps_[static_cast<std::size_t>(i)] : steps(2 * i + 1);
+    Pair alpha;
+    Pair beta;
+    for (std::size_t k = 0; k < 2; ++k) {
+      alpha[k] = s.alpha[k] * square;
+      beta[k] = s.constant[k] + s.slope[k] * x + s.share[k] * lambda;
+    }
+    if (!convergents.advance(alpha, beta)) break;
+  }
+  return convergents.value();
 }
 
 // ---- large a, b <= 1 (bgrat) ----
@@ -374,18 +408,20 @@ double AroundMean::operator()(double lambda) {
 
 Tails IncompleteBeta::operator()(double x, double y) {
   if (a_ == b_ && x == y) return {0.5, 0.5};
-  if (std::isinf(a_) || std::isinf(b_)) {
-    // All the mass at 1, at 0, or for equal shapes in the middle.
+  const double high = std::max(a_, b_);
+  if (std::isinf(high)) {
+    // All the mass at 1, at 0, or for two infinite shapes in the middle.
     return std::isinf(a_) && (!std::isinf(b_) || x < y) ? Tails{0, 1} : Tails{1, 0};
   }
-  if (std::max(a_, b_) < 1e-3 * eps) return {b_ / (a_ + b_), a_ / (a_ + b_)};
+  if (high < 1e-3 * eps) return {b_ / (a_ + b_), a_ / (a_ + b_)};
 
   const bool small = std::min(a_, b_) <= 1;
   const double lambda = small ? 0 : distance(a_, b_, x, y);
   const bool mirrored = small ? x > 0.5 : lambda < 0;
   Side& side = sides_[mirrored ? 1 : 0];
-  if (mirrored) std::swap(x, y);
-  const Tails tails = small ? smallShapes(side, x, y) : largeShapes(side, x, y, std::abs(lambda));
+  const double u = mirrored ? y : x;
+  const double v = mirrored ? x : y;
+  const Tails tails = small ? smallShapes(side, u, v) : largeShapes(side, u, v, std::abs(lambda));
   return mirrored ? Tails{tails.upper, tails.lower} : tails;
 }
 
@@ -411,35 +447,18 @@ Tails IncompleteBeta::smallShapes(Side& side, double x, double y) {
   // I_y(b, a), whose first shape is made large by steps of 1 where it is not.
   if (b > 15) return fromUpper(prepared(side.large, b, a).addedTo(0, y, x));
   constexpr int steps = 20;
-  const double first = power(x, y, stepSum(b, a, y, x, steps)) / b;
+  const double first = power.scaled(x, y, stepSum(b, a, y, x, steps)) / b;
   return fromUpper(prepared(side.large, b + steps, a).addedTo(first, y, x));
 }
 
 Tails IncompleteBeta::largeShapes(Side& side, double x, double y, double lambda) {
   const double a = side.a;
   const double b = side.b;
-  if (b < 40) {
-    if (b * x > 0.7) return fromLower(shiftedSeries(side, x, y));
-    return fromLower(powerSeries(prepared(side.power, a, b).head(x, y), a, b, x));
-  }
   const double low = std::min(a, b);
   if (low > 100 && lambda <= 0.03 * low) return fromLower(prepared(side.aroundMean, a, b)(lambda));
-  const double power = prepared(side.power, a, b)(x, y);
-  return fromLower(power == 0 ? 0 : power * continuedFraction(a, b, x, y, lambda));
-}
-
-double IncompleteBeta::shiftedSeries(Side& side, double x, double y) {
-  const double a = side.a;
-  // The whole part of b is taken off step by step, so that a rest in (0, 1] remains.
-  const int steps = static_cast<int>(std::ceil(side.b)) - 1;
-  const double b = side.b - steps;
-  const BetaPower& power = prepared(side.reduced, a, b);
-  double w = power(x, y, stepSum(b, a, y, x, steps)) / b;
-  if (x <= 0.7) return w + powerSeries(power.head(x, y), a, b, x);
-  if (a > 15) return prepared(side.large, a, b).addedTo(w, x, y);
-  constexpr int moreSteps = 20;
-  w += power(x, y, stepSum(a, b, x, y, moreSteps)) / a;
-  return prepared(side.large, a + moreSteps, b).addedTo(w, x, y);
+  const double power = prepared(side.power, a, b)(x, y, lambda);
+  if (power == 0) return {0, 1};
+  return fromLower(power * prepared(side.fraction, a, b)(x, lambda));
 }
 
 }  // namespace palvex::m_Beta

@@ -21,7 +21,7 @@ bool missesOne(double u, double v) {
   return std::abs(((u + v) - 0.5) - 0.5) > sumTolerance;
 }
 
-Tails tails(double x, double y, IncompleteBeta& ratio) {
+Tails tailsAt(double x, double y, IncompleteBeta& ratio) {
   if (x <= 0) return {0, 1};
   if (y <= 0) return {1, 0};
   return ratio(x, y);
@@ -79,10 +79,10 @@ void cumbet(double x, double y, double a, double b, double& cum, double& ccum) {
   bratio(a, b, x, y, cum, ccum, ierr);
 }
 
-std::int16_t cdfbet(double x, double y, IncompleteBeta& ratio, Tails& result) noexcept {
+std::int16_t cdfbet(double x, double y, IncompleteBeta& ratio, Tails& tails) noexcept {
   if (const auto fault = rangeFault(1, x, y, ratio.a(), ratio.b()); fault != 0) return fault;
   if (missesOne(x, y)) return 4;
-  result = tails(x, y, ratio);
+  tails = tailsAt(x, y, ratio);
   return 0;
 }
 

@@ -69,5 +69,25 @@ TEST(HotPath, NoAllocationAndNoCallOfTheHost) {
   expectQuiet("Johnson", 0.5, 2.5);
 }
 
+TEST(HotPath, PreparedShapesAllocateNothing) {
+  c_Distribution d;
+  d.distType("Beta");
+  d.param1 = 2.2;
+  d.param2 = 150;
+  d.param3 = 0;
+  d.param4 = 1;
+  d.utl = 0.5;
+  std::string cause;
+  ASSERT_TRUE(d.ParamsOK(cause)) << cause;
+  const std::size_t allocated = allocations;
+  double sum = 0;
+  for (int i = 0; i < 1000; ++i) {
+    const double p = (i + 0.5) / 1e3;
+    sum += d.pdf(p) + d.cdf(p) + d.RandVal(p);
+  }
+  EXPECT_EQ(allocations - allocated, 0u);
+  EXPECT_TRUE(std::isfinite(sum));
+}
+
 }  // namespace
 }  // namespace palvex
