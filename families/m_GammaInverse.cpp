@@ -168,6 +168,7 @@ Shape prepared(double a) {
   return Shape(checked(a));
 }
 const Shape& prepared(const Shape& shape) {
+  checked(shape.a);
   return shape;
 }
 

@@ -169,6 +169,8 @@ TEST(GammaInverse, LimitsAndErrors) {
   EXPECT_NEAR(solve(2, 1e-299, 1).x * std::sqrt(1e299 / 2), 1, 1e-10);
   EXPECT_NEAR(solve(2, 0.5, 0.5, 1.5).x, solve(2, 0.5, 0.5).x, 1e-15);
   EXPECT_NEAR(solve(1e21, 0.5, 0.5).x, 1e21, 1e6);
+  EXPECT_EQ(faultNumber([] { return solve(infinity, 0.5, 0.5).x; }), fault::overflow);
+  EXPECT_EQ(faultNumber([] { return GammaINV(0.5, Shape(infinity), 1, false); }), fault::overflow);
   EXPECT_EQ(faultNumber([] { return solve(2, -0.1, 1.1).x; }), fault::invalidCall);
   EXPECT_EQ(faultNumber([] { return solve(1, 1.1, -0.1).x; }), fault::invalidCall);
 }
