@@ -39,6 +39,8 @@ const Family normal{
     .fit = nullptr,
     .density = [](const Values& v, double x, const Limits& limits, const Variant&,
                   Line line) { return m_Normal::density(x, v.p[0], v.p[1], limits, line); },
+    .stableDensity = [](const Values& v,
+                        double x) { return m_Normal::stableDensity(x, v.p[0], v.p[1]); },
     .cumulative =
         [](const Values& v, double x, Line line) {
           return m_Normal::NormalCDF(Divide(x - v.p[0], v.p[1], line), false, line);
@@ -69,6 +71,8 @@ const Family uniform{
     },
     .density = [](const Values& v, double x, const Limits& limits, const Variant&,
                   Line line) { return m_Uniform::density(x, v.p[0], v.p[1], limits, line); },
+    .stableDensity = [](const Values& v,
+                        double x) { return m_Uniform::stableDensity(x, v.p[0], v.p[1]); },
     .cumulative = [](const Values& v, double x,
                      Line line) { return m_Uniform::UniformCDF(x, v.p[0], v.p[1], line); },
     .band = [](const Values& v, const Limits& limits,
@@ -100,6 +104,10 @@ const Family triangular{
     .density =
         [](const Values& v, double x, const Limits& limits, const Variant&, Line line) {
           return m_Triangular::density(x, v.p[0], v.p[1], v.p[2], limits, line);
+        },
+    .stableDensity =
+        [](const Values& v, double x) {
+          return m_Triangular::stableDensity(x, v.p[0], v.p[1], v.p[2]);
         },
     .cumulative =
         [](const Values& v, double x, Line line) {
@@ -136,6 +144,8 @@ const Family lognormal{
         [](const Values& v, double x, const Limits& limits, const Variant&, Line line) {
           return m_Lognormal::density(x, v.p[0], v.p[1], v.p[2], limits, line);
         },
+    .stableDensity = [](const Values& v,
+                        double x) { return m_Lognormal::stableDensity(x, v.p[0], v.p[1], v.p[2]); },
     .cumulative =
         [](const Values& v, double x, Line line) {
           return m_Lognormal::LognormalCDF(x, v.p[0], v.p[1], v.p[2], false, line);
@@ -166,6 +176,8 @@ const Family exponential{
     .fit = nullptr,
     .density = [](const Values& v, double x, const Limits& limits, const Variant&,
                   Line line) { return m_Exponential::density(x, v.p[0], v.p[1], limits, line); },
+    .stableDensity = [](const Values& v,
+                        double x) { return m_Exponential::stableDensity(x, v.p[0], v.p[1]); },
     .cumulative = [](const Values& v, double x,
                      Line line) { return m_Exponential::ExponentialCDF(x, v.p[0], v.p[1], line); },
     .band = [](const Values& v, const Limits& limits,
@@ -195,6 +207,8 @@ const Family weibull{
         [](const Values& v, double x, const Limits& limits, const Variant&, Line line) {
           return m_Weibull::density(x, v.p[0], v.p[1], v.p[2], limits, line);
         },
+    .stableDensity = [](const Values& v,
+                        double x) { return m_Weibull::stableDensity(x, v.p[0], v.p[1], v.p[2]); },
     .cumulative = [](const Values& v, double x,
                      Line line) { return m_Weibull::WeibullCDF(x, v.p[0], v.p[1], v.p[2], line); },
     .band = [](const Values& v, const Limits& limits,
@@ -224,6 +238,8 @@ const Family gamma{
     .density = [](const Values& v, double x, const Limits& limits, const Variant&,
                   Line line) { return m_Gamma::density(x, v.p[0], v.p[1], v.p[2], limits, line); },
     // The scale serves as the rate, and a minimum turns the probability into that above x.
+    .stableDensity = [](const Values& v,
+                        double x) { return m_Gamma::stableDensity(x, v.p[0], v.p[1], v.p[2]); },
     .cumulative =
         [](const Values& v, double x, Line line) {
           return m_Gamma::GammaCDF(x, v.p[0], v.p[1], v.p[2] != 0, line).toDouble(line);
@@ -265,6 +281,10 @@ const Family johnson{
     .density =
         [](const Values& v, double x, const Limits& limits, const Variant&, Line line) {
           return m_Johnson::density(x, v.fitted.johnson, v.fitted.curve, limits, line);
+        },
+    .stableDensity =
+        [](const Values& v, double x) {
+          return m_Johnson::stableDensity(x, v.fitted.johnson, v.fitted.curve);
         },
     .cumulative =
         [](const Values& v, double x, Line line) {
@@ -355,6 +375,10 @@ const Family beta{
           return withShapes<m_Beta::Shapes>(v, [&](m_Beta::Shapes& shapes) {
             return m_Beta::density(x, shapes, v.p[2], v.p[3], limits, line);
           });
+        },
+    .stableDensity =
+        [](const Values& v, double x) {
+          return m_Beta::stableDensity(x, v.p[0], v.p[1], v.p[2], v.p[3]);
         },
     .cumulative =
         [](const Values& v, double x, Line line) {

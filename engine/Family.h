@@ -65,6 +65,9 @@ struct Family {
   /// of param1 in the layout of param2. Answers like `fit`. Null for the others.
   std::string (*tabulate)(const Variant& param1, const Variant& param2, Fitted& fitted) = nullptr;
   double (*density)(const Values&, double x, const Limits&, const Variant& priorX, Line);
+  /// The same density without limits in a form that never fails, for graphs; infinite at a pole.
+  /// Null where `density` holds everywhere.
+  double (*stableDensity)(const Values&, double x) = nullptr;
   double (*cumulative)(const Values&, double x, Line);
   /// The two halves of a draw: the kept band, and the value at position p of it.
   Band (*band)(const Values&, const Limits&, Line);

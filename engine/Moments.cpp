@@ -50,14 +50,21 @@ double c_Distribution::CalcStdev(double mean) {
 
 Moments c_Distribution::keptMoments(Method method, Line caller) const try {
   if (family_ == nullptr) return {0, 0};
-  if (family_->integratedMoments == nullptr) raise(fault::invalidCall);
-  const Limits limits = Dynamic ? limitsFrom(LtlValue(), UtlValue()) : staticLimits_;
+  const Limits limits = currentLimits();
   const Parameters p = currentParameters(family_->parametersRead);
+  return momentsOf({p, fitted_}, limits, method);
+} catch (RuntimeError& error) {
+  error.at(caller);
+  throw;
+}
+
+Moments c_Distribution::momentsOf(const Values& values, const Limits& limits, Method method,
+                                  Line caller) const try {
+  if (family_->integratedMoments == nullptr) raise(fault::invalidCall);
   // Live parameters have not been validated.
   for (std::size_t i = 0; i < family_->parametersRead; ++i) {
-    if (!meets(p[i], family_->demands[i])) raise(fault::invalidCall);
+    if (!meets(values.p[i], family_->demands[i])) raise(fault::invalidCall);
   }
-  const Values values{p, fitted_};
   const Support support = family_->support(values);
   if (support.lower > support.upper) raise(fault::invalidCall);
   if (support.lower == support.upper) {

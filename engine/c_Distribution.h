@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "engine/Catalogue.h"
@@ -111,6 +112,20 @@ class c_Distribution {
 
   // ---- graph data ----
 
+  /// Where a graph of the distribution begins: at a lower limit or a finite end of the values,
+  /// otherwise `numSD` standard deviations (4 for a number <= 0) below the mean. Of a distribution
+  /// with one value only, 1 below it. Always below XMax.
+  double XMin(double numSD = defaultNumSD);
+  /// Where it ends; likewise.
+  double XMax(double numSD = defaultNumSD);
+  /// Fills the three series with equally spaced points from `graphXmin` to `graphXmax`, both
+  /// included: NumPoints of them, 101 when there are none yet. GraphPDF is ScaleFactor times the
+  /// density, GraphOL the same as if there were no limits. Where a density is infinite, it is taken
+  /// half a step inside.
+  /// @param noTruncation  true: GraphPDF as if there were no limits, too
+  /// Error 5 unless graphXmin < graphXmax. On any error the series stay as they are.
+  void CreateGraphData(double graphXmin, double graphXmax, bool noTruncation = false);
+
   /// A multiplier for graphs, 1 at first.
   [[nodiscard]] double ScaleFactor() const { return scaleFactor_; }
   /// A value that is not above 0 stores 1.
@@ -161,6 +176,10 @@ class c_Distribution {
   void SetStaticParams(Line caller = Line::here());
   void SetStaticLimits();
 
+  [[nodiscard]] Limits currentLimits() const {
+    return Dynamic ? limitsFrom(LtlValue(), UtlValue()) : staticLimits_;
+  }
+
   // Evaluation (Evaluation.cpp).
   double keptValue(double rndP);
   double liveValue(double rndP);
@@ -171,6 +190,14 @@ class c_Distribution {
   // Moments (Moments.cpp).
   enum class Method { closedForm, integration };
   [[nodiscard]] Moments keptMoments(Method method, Line caller = Line::here()) const;
+  [[nodiscard]] Moments momentsOf(const Values& values, const Limits& limits, Method method,
+                                  Line caller = Line::here()) const;
+
+  // Graph (Graph.cpp).
+  static constexpr double defaultNumSD = 4;
+  [[nodiscard]] std::pair<double, double> plotRange(double numSD) const;
+  [[nodiscard]] double graphDensity(const Values& values, double x, const Limits& limits,
+                                    const Variant& priorX, double halfStep) const;
 
   // Validation (Validation.cpp).
   std::string typeFault();

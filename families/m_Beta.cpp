@@ -52,6 +52,19 @@ double density(double x, Shapes& shapes, double minimum, double maximum, const L
   throw;
 }
 
+double stableDensity(double x, double alpha, double beta, double minimum, double maximum) {
+  if (!(alpha > 0 && beta > 0 && maximum > minimum && minimum <= x && x <= maximum)) return 0;
+  const auto logPower = [](double base, double exponent) {
+    return exponent == 0 ? 0 : exponent * std::log(base);
+  };
+  const double width = maximum / 2 - minimum / 2;
+  const double u = (x / 2 - minimum / 2) / width;
+  const double v = (maximum / 2 - x / 2) / width;
+  const double logFactor =
+      m_Gamma::gamln(alpha + beta) - m_Gamma::gamln(alpha) - m_Gamma::gamln(beta);
+  return std::exp(logPower(u, alpha - 1) + logPower(v, beta - 1) + logFactor);
+}
+
 Variant BetaCDF(double x, Shapes& shapes, Boolean upper, Line caller) try {
   std::int16_t status = 0;
   const double probability = tailProbability(x, shapes, upper, status);

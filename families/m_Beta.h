@@ -42,6 +42,10 @@ inline double StdBetaPDF(double u, double alpha, double beta, Line caller = Line
 double density(double x, Shapes& shapes, double minimum, double maximum, const Limits& limits,
                Line caller = Line::here());
 
+/// The density without limits, from logarithms: it holds where the terms of `density` leave the
+/// range of doubles. Infinite at an end whose shape is < 1.
+double stableDensity(double x, double alpha, double beta, double minimum, double maximum);
+
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double BetaPDF(double x, double alpha, double beta, double minimum, double maximum,
                       const Variant& ltl, const Variant& utl, Line caller = Line::here()) {

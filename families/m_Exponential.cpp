@@ -48,6 +48,10 @@ double density(double x, double lambda, double minimum, const Limits& limits, Li
   throw;
 }
 
+double stableDensity(double x, double lambda, double minimum) noexcept {
+  return lambda > 0 && x >= minimum ? std::exp(-lambda * (x - minimum)) * lambda : 0;
+}
+
 double ExponentialCDF(double x, double lambda, double minimum, Line caller) try {
   refuseNaN(x);
   if (!(lambda > 0 && x >= minimum)) return 0;

@@ -14,6 +14,10 @@ namespace palvex::m_Exponential {
 double density(double x, double lambda, double minimum, const Limits& limits,
                Line caller = Line::here());
 
+/// The density without limits, from logarithms and ratios: it holds where the terms of `density`
+/// leave the range of doubles. Infinite at a pole; raises nothing.
+double stableDensity(double x, double lambda, double minimum) noexcept;
+
 /// Probability of a value up to x, in [0, 1], small ones with their relative accuracy; 0 for a rate
 /// <= 0.
 double ExponentialCDF(double x, double lambda, double minimum, Line caller = Line::here());

@@ -175,6 +175,13 @@ double density(double x, double shape, double scale, double location, const Limi
   throw;
 }
 
+double stableDensity(double x, double shape, double scale, double location) {
+  if (!(shape > 0 && scale > 0 && x >= location)) return 0;
+  const double z = (x - location) / scale;
+  if (z == 0) return shape < 1 ? std::numeric_limits<double>::infinity() : shape == 1;
+  return std::isinf(z) ? 0 : rcomp(shape, z) / z;
+}
+
 Variant GammaCDF(double x, double shape, double rate, Boolean upper, Line caller) try {
   double p = 0;
   double q = 0;

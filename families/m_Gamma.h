@@ -117,6 +117,10 @@ std::string_view failureText(std::int16_t ierr);
 double density(double x, double shape, double scale, double location, const Limits& limits,
                Line caller = Line::here());
 
+/// The density without limits, by `rcomp`: it holds where the terms of `density` leave the range of
+/// doubles. Infinite at the location for a shape < 1.
+double stableDensity(double x, double shape, double scale, double location);
+
 /// The probability below x, or above x when `upper` is true, with the accuracy of `gratio`; or a
 /// text that says which argument is out of range: "upper_limit ..." for x < 0, "deg_freedom ..."
 /// for a shape <= 0. Empty for a rate <= 0. Error 6 for a NaN and when x rate overflows.

@@ -96,6 +96,10 @@ double density(double x, const JohnsonParams& params, Curve curve, const Limits&
 double untruncatedDensity(double x, const JohnsonParams& params, Curve curve,
                           Line caller = Line::here());
 
+/// The density without limits, from logarithms and ratios: it holds where the terms of `density`
+/// leave the range of doubles. Infinite at a pole; raises nothing.
+double stableDensity(double x, const JohnsonParams& params, Curve curve) noexcept;
+
 /// Probability of a value up to x; 0 everywhere for the normal type and for an SL curve with
 /// lambda = -1.
 double cumulative(double x, const JohnsonParams& params, Curve curve, Line caller = Line::here());

@@ -45,6 +45,13 @@ double density(double x, double location, double scale, double minimum, const Li
   throw;
 }
 
+double stableDensity(double x, double location, double scale, double minimum) noexcept {
+  if (!(scale > 0 && x > minimum)) return 0;
+  const double logX = std::log(x - minimum);
+  const double z = (logX - location) / scale;
+  return std::exp(-z * z / 2 - logX - std::log(scale)) / std::sqrt(twoPi);
+}
+
 double LognormalCDF(double x, double location, double scale, double minimum, Boolean upper,
                     Line caller) try {
   if (x <= minimum) return upper ? 1 : 0;

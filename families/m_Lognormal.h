@@ -15,6 +15,10 @@ namespace palvex::m_Lognormal {
 double density(double x, double location, double scale, double minimum, const Limits& limits,
                Line caller = Line::here());
 
+/// The density without limits, from logarithms and ratios: it holds where the terms of `density`
+/// leave the range of doubles. Infinite at a pole; raises nothing.
+double stableDensity(double x, double location, double scale, double minimum) noexcept;
+
 /// Probability of a value below x, or above x when `upper` is true. A scale of 0 is a division by
 /// zero above the minimum. An error's description gains the arguments: "lnCDF: (2,0,0,1,False)".
 double LognormalCDF(double x, double location, double scale, double minimum, Boolean upper,

@@ -39,6 +39,12 @@ double density(double x, double mean, double sd, const Limits& limits, Line call
   throw;
 }
 
+double stableDensity(double x, double mean, double sd) noexcept {
+  if (sd <= 0) return x == mean ? 1 : 0;
+  const double z = (x - mean) / sd;
+  return std::exp(-z * z / 2) / std::sqrt(twoPi) / sd;
+}
+
 double NormalCDF(double x, Boolean upper, Line caller) try {
   constexpr std::array a{2.23525203546068, 161.028231068556, 1067.68948546037, 18154.9812533436,
                          0.0656823379182074};

@@ -15,6 +15,10 @@ namespace palvex::m_Normal {
 /// @param sd  standard deviation, > 0 for a true density
 double density(double x, double mean, double sd, const Limits& limits, Line caller = Line::here());
 
+/// The density without limits, from logarithms and ratios: it holds where the terms of `density`
+/// leave the range of doubles. Infinite at a pole; raises nothing.
+double stableDensity(double x, double mean, double sd) noexcept;
+
 /// Probability of the standard normal below x, or above x when `upper` is true; each tail with its
 /// own relative accuracy (4e-15). Exactly 0 or 1 from |x| = 40 on. W. J. Cody, Rational Chebyshev
 /// approximations for the error function, Math. Comp. 23 (1969), in the form of the ANORM program.

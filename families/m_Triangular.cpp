@@ -37,6 +37,15 @@ double density(double x, double minimum, double likely, double maximum, const Li
   throw;
 }
 
+double stableDensity(double x, double minimum, double likely, double maximum) noexcept {
+  if (!ordered(minimum, likely, maximum) || !(minimum <= x && x <= maximum)) return 0;
+  if (maximum == minimum) return 1;
+  const double height = 1 / (maximum / 2 - minimum / 2);
+  return x >= likely && likely != maximum
+             ? height * ((maximum / 2 - x / 2) / (maximum / 2 - likely / 2))
+             : height * ((x / 2 - minimum / 2) / (likely / 2 - minimum / 2));
+}
+
 double TriangularCDF(double x, double minimum, double likely, double maximum, Line caller) try {
   refuseNaN(x);
   if (!ordered(minimum, likely, maximum)) return 0;

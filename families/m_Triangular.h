@@ -18,6 +18,10 @@ namespace palvex::m_Triangular {
 double density(double x, double minimum, double likely, double maximum, const Limits& limits,
                Line caller = Line::here());
 
+/// The density without limits, from logarithms and ratios: it holds where the terms of `density`
+/// leave the range of doubles. Infinite at a pole; raises nothing.
+double stableDensity(double x, double minimum, double likely, double maximum) noexcept;
+
 /// Probability of a value up to x, in [0, 1].
 double TriangularCDF(double x, double minimum, double likely, double maximum,
                      Line caller = Line::here());

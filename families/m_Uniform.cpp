@@ -16,6 +16,11 @@ double density(double x, double minimum, double maximum, const Limits& limits, L
   throw;
 }
 
+double stableDensity(double x, double minimum, double maximum) noexcept {
+  if (!(minimum <= x && x <= maximum)) return 0;
+  return maximum == minimum ? 1 : 0.5 / (maximum / 2 - minimum / 2);
+}
+
 double UniformCDF(double x, double minimum, double maximum, Line caller) try {
   refuseNaN(x);
   if (minimum > maximum) std::swap(minimum, maximum);

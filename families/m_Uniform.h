@@ -15,6 +15,10 @@ namespace palvex::m_Uniform {
 double density(double x, double minimum, double maximum, const Limits& limits,
                Line caller = Line::here());
 
+/// The density without limits, from logarithms and ratios: it holds where the terms of `density`
+/// leave the range of doubles. Infinite at a pole; raises nothing.
+double stableDensity(double x, double minimum, double maximum) noexcept;
+
 /// Probability of a value up to x, in [0, 1].
 double UniformCDF(double x, double minimum, double maximum, Line caller = Line::here());
 

@@ -30,6 +30,15 @@ double density(double x, double shape, double scale, double minimum, const Limit
   throw;
 }
 
+double stableDensity(double x, double shape, double scale, double minimum) noexcept {
+  if (!(shape > 0 && scale > 0 && x >= minimum)) return 0;
+  if (shape == 1) return std::exp(-(x - minimum) / scale) / scale;
+  const double logZ = std::log(x - minimum) - std::log(scale);
+  const double fall = std::exp(shape * logZ);
+  if (std::isinf(fall)) return 0;
+  return std::exp((shape - 1) * logZ + std::log(shape) - std::log(scale) - fall);
+}
+
 double WeibullCDF(double x, double shape, double scale, double minimum, Line caller) try {
   refuseNaN(x);
   if (!(shape > 0 && scale > 0 && x >= minimum)) return 0;

@@ -15,6 +15,10 @@ namespace palvex::m_Weibull {
 double density(double x, double shape, double scale, double minimum, const Limits& limits,
                Line caller = Line::here());
 
+/// The density without limits, from logarithms and ratios: it holds where the terms of `density`
+/// leave the range of doubles. Infinite at a pole; raises nothing.
+double stableDensity(double x, double shape, double scale, double minimum) noexcept;
+
 /// Probability of a value up to x, in [0, 1], small ones with their relative accuracy; 0 for a
 /// shape or scale <= 0.
 double WeibullCDF(double x, double shape, double scale, double minimum, Line caller = Line::here());

@@ -126,6 +126,13 @@ TEST_F(Program, AnswersExactly) {
        "palvex: -n: '0' is not a whole number from 1 to 1000000000000\n"},
       {"draw Normal 0 1 --seed 1.5", 2, "",
        "palvex: --seed: '1.5' is not a whole number from 0 to 18446744073709551615\n"},
+      {"plot Normal 10 2 -o n.pdf", 2, "",
+       "palvex: plot: 'n.pdf' ends neither in .svg nor in .png\n"},
+      {"plot Normal 10 2 --from 3 --to 3", 2, "", "palvex: plot: --from must be below --to\n"},
+      {"plot 'Normal 10 2' 'Normal 10'", 2, "",
+       "palvex: Normal has 2 parameters (Mean, Std Dev), 1 given\n"},
+      {"plot 'Normal 10 2' 'Normal 10 2 --nonsense'", 2, "",
+       "palvex: 'Normal 10 2 --nonsense': The following argument was not expected: --nonsense\n"},
       {"types --csv --json", 2, "", "palvex: --csv excludes --json\n"},
       {"types extra", 2, "", "palvex: The following argument was not expected: extra\n"},
       {"check Normal 10 2 --nonsense", 2, "",
@@ -219,7 +226,8 @@ TEST_F(Program, DescribesWhatTheLimitsKeep) {
 }
 
 TEST_F(Program, HelpsOnEveryLevelWithExamples) {
-  for (const char* command : {"", "demo", "types", "check", "eval", "describe", "draw", "guess"}) {
+  for (const char* command :
+       {"", "demo", "types", "check", "eval", "describe", "draw", "guess", "plot"}) {
     const Outcome result = run(std::string("palvex ") + command + " --help");
     EXPECT_EQ(result.exitCode, 0) << command;
     EXPECT_NE(result.out.find("\nExamples:\n  palvex"), std::string::npos) << command;
@@ -263,6 +271,28 @@ TEST_F(Program, DoesWhatTheDocumentsShow) {
     ASSERT_FALSE(shown.empty()) << document;
     EXPECT_EQ(run(commands + "true").out, shown) << document;
   }
+}
+
+TEST_F(Program, DrawsPictures) {
+  const Outcome svg =
+      run("palvex plot 'Normal 10 2 --ltl 8' 'Uniform =B1 13 --utl 12' --sheet sheet.csv");
+  EXPECT_EQ(svg.exitCode, 0) << svg.err;
+  for (const char* part : {"<svg ", ">Normal, kept from 8<", ">Mean 10, Std Dev 2<",
+                           ">Uniform, kept up to 12<", ">Minimum 10, Maximum 13<", "</svg>\n"}) {
+    EXPECT_NE(svg.out.find(part), std::string::npos) << part;
+  }
+  EXPECT_EQ(
+      run("palvex plot Normal 10 2 -o n.svg && palvex plot Normal 10 2 | cmp - n.svg").exitCode, 0);
+  // With rsvg-convert a PNG, without it one line.
+  const Outcome png =
+      run("if command -v rsvg-convert >tool; then palvex plot Normal 10 2 -o \"n'.png\" "
+          "&& head -c 4 \"n'.png\" | tail -c 3; else printf PNG; fi");
+  EXPECT_EQ(png.out, "PNG") << png.err;
+  const Outcome without = run("mkdir empty; PATH=$PWD/empty; palvex plot Normal 10 2 -o n.png");
+  EXPECT_EQ(without.exitCode, 3);
+  EXPECT_EQ(without.err,
+            "palvex: rsvg-convert did not make 'n.png'; is it installed? A file that ends in .svg "
+            "needs no other program\n");
 }
 
 TEST_F(Program, SaysWhenResultsCanNotBeWritten) {

@@ -11,6 +11,7 @@ void addEval(CLI::App& program);
 void addDescribe(CLI::App& program);
 void addDraw(CLI::App& program);
 void addGuess(CLI::App& program);
+void addPlot(CLI::App& program);
 void addDemo(CLI::App& program);
 
 }  // namespace palvex::terminal

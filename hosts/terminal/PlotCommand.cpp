@@ -1,0 +1,209 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "hosts/terminal/Arguments.h"
+#include "hosts/terminal/Commands.h"
+#include "hosts/terminal/Faults.h"
+#include "hosts/terminal/Output.h"
+#include "hosts/terminal/Plot.h"
+#include "runtime/NumericText.h"
+
+namespace palvex::terminal {
+
+namespace {
+
+constexpr std::int16_t points = 481;
+
+struct PlotOptions : DistributionArguments {
+  std::string file;
+  std::string title;
+  std::string from;
+  std::string to;
+};
+
+/// What "TYPE PARAMETER... --ltl --utl --sheet" in one text stands for.
+DistributionArguments argumentsIn(const std::string& description) {
+  CLI::App parser;
+  DistributionArguments arguments;
+  arguments.addTo(parser);
+  try {
+    parser.parse(description);
+  } catch (const CLI::ParseError& error) {
+    throw UsageError(fmt::format("'{}': {}", description, error.what()));
+  }
+  return arguments;
+}
+
+/// One distribution in the words of the command line, or several with one text
+/// for each.
+std::vector<DistributionArguments> distributionsOf(const PlotOptions& options) {
+  if (options.type.find(' ') == std::string::npos) return {options};
+  std::vector<DistributionArguments> found{argumentsIn(options.type)};
+  for (const std::string& description : options.parameters)
+    found.push_back(argumentsIn(description));
+  for (DistributionArguments& one : found) {
+    if (one.lowerLimit.empty()) one.lowerLimit = options.lowerLimit;
+    if (one.upperLimit.empty()) one.upperLimit = options.upperLimit;
+    if (one.sheetFile.empty()) one.sheetFile = options.sheetFile;
+  }
+  return found;
+}
+
+/// A parameter or limit itself, or what its cell holds.
+Variant content(const Variant& value) {
+  return value.isObject() ? value.toObject()->get("Value") : value;
+}
+
+std::string parameterText(const DistributionArguments::Item& item) {
+  const Variant value = content(item.value);
+  if (value.isNumeric()) return item.name + ' ' + numberText(value.toDouble());
+  return item.name + ' ' + (value.isText() ? value.toText() : item.given);
+}
+
+std::string limitsText(const Limits& limits) {
+  const auto& [lower, upper] = limits;
+  if (limits.reversed())
+    return fmt::format(", without {} to {}", numberText(*upper), numberText(*lower));
+  if (lower && upper)
+    return fmt::format(", kept from {} to {}", numberText(*lower), numberText(*upper));
+  if (lower) return fmt::format(", kept from {}", numberText(*lower));
+  return upper ? fmt::format(", kept up to {}", numberText(*upper)) : "";
+}
+
+/// Where a picture begins and ends: at the distribution's own plot range, with
+/// some of what the limits cut away beside it, and a margin.
+std::pair<double, double> axisOf(c_Distribution& distribution, c_Distribution& whole) {
+  double from = distribution.XMin();
+  double to = distribution.XMax();
+  const double most = 0.6 * (to - from);
+  from = std::min(from, std::max(whole.XMin(), from - most));
+  to = std::max(to, std::min(whole.XMax(), to + most));
+  const double margin = 0.02 * (to - from);
+  return {from - margin, to + margin};
+}
+
+/// The marks of a distribution; one whose value can not be had is left out.
+std::vector<Mark> marksOf(c_Distribution& distribution) {
+  std::vector<Mark> marks;
+  const auto add = [&](const char* name, auto&& valueOf) {
+    try {
+      marks.push_back({name, valueOf()});
+    } catch (const RuntimeError&) {
+    }
+  };
+  add("5 %", [&] { return distribution.RandVal(0.05); });
+  add("50 %", [&] { return distribution.RandVal(0.5); });
+  add("mean", [&] { return distribution.mean(); });
+  add("95 %", [&] { return distribution.RandVal(0.95); });
+  return marks;
+}
+
+/// The points of the density; a single value is a needle, which equal steps
+/// could miss.
+void drawDensity(c_Distribution& whole, double from, double to, Panel& panel) {
+  const double only = whole.mean();
+  if (whole.StDev() == 0 && from < only && only < to) {
+    panel.x = {from, std::nextafter(only, from), only, std::nextafter(only, to), to};
+    panel.density = {0, 0, 1, 0, 0};
+    return;
+  }
+  whole.ResizeArrays(points);
+  whole.CreateGraphData(from, to);
+  for (std::int16_t i = 1; i <= points; ++i) {
+    panel.x.push_back(whole.GraphX(i));
+    panel.density.push_back(whole.GraphPDF(i));
+  }
+}
+
+Panel panelOf(const DistributionArguments& arguments, const PlotOptions& options) {
+  c_Distribution distribution;
+  const auto items = arguments.setChecked(distribution);
+  c_Distribution whole;
+  DistributionArguments unlimited = arguments;
+  unlimited.lowerLimit.clear();
+  unlimited.upperLimit.clear();
+  unlimited.setChecked(whole);
+
+  Panel panel;
+  panel.limits = limitsFrom(content(distribution.ltl), content(distribution.utl));
+  panel.title = arguments.type + limitsText(panel.limits);
+  for (std::size_t i = 0; i < static_cast<std::size_t>(distribution.NumParams()); ++i)
+    panel.subtitle += (i > 0 ? ", " : "") + parameterText(items[i]);
+  panel.marks = marksOf(distribution);
+
+  auto [from, to] = axisOf(distribution, whole);
+  if (!options.from.empty()) from = numberArgument("--from", options.from);
+  if (!options.to.empty()) to = numberArgument("--to", options.to);
+  if (from >= to) throw UsageError("plot: --from must be below --to");
+  drawDensity(whole, from, to, panel);
+  return panel;
+}
+
+/// `text` as one word of the shell.
+std::string shellQuoted(const std::string& text) {
+  std::string quoted = "'";
+  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
+
+/// Writes a picture as PNG by the program rsvg-convert.
+void writePng(const std::string& svg, const std::string& file) {
+  const std::string command =
+      "rsvg-convert --zoom 2 --output " + shellQuoted(file) + " 2>/dev/null";
+  std::FILE* const pipe = popen(command.c_str(), "w");
+  const bool written =
+      pipe != nullptr && std::fwrite(svg.data(), 1, svg.size(), pipe) == svg.size();
+  const int status = pipe != nullptr ? pclose(pipe) : -1;
+  if (!written || status != 0)
+    throw OutputError("rsvg-convert did not make '" + file +
+                      "'; is it installed? A file that ends in .svg needs no other program");
+}
+
+void write(const std::string& svg, const std::string& file) {
+  if (file.ends_with(".png")) return writePng(svg, file);
+  if (!file.empty() && !file.ends_with(".svg"))
+    throw UsageError("plot: '" + file + "' ends neither in .svg nor in .png");
+  Output output(file);
+  output.write(svg);
+  output.close();
+}
+
+}  // namespace
+
+void addPlot(CLI::App& program) {
+  CLI::App* command = program.add_subcommand("plot", "Draw densities, as SVG or PNG");
+  command->footer(
+      "Filled: the density that the limits keep. Dashed: what they "
+      "cut away, where it is near.\n"
+      "Marked: the mean, and the values that 5, 50 and 95 % of the "
+      "draws do not exceed.\n"
+      "Several distributions, each in quotes, stand side by side "
+      "in one picture.\n\n"
+      "Examples:\n"
+      "  palvex plot Normal 10 2 --ltl 8 -o normal.svg\n"
+      "  palvex plot 'Gamma 2 3 0' 'Beta 2 5 0 1 --utl 0.6' "
+      "--title 'Two costs' -o costs.png\n"
+      "  palvex plot Histogram =A2:A200 'Raw Data' --sheet "
+      "data.csv -o data.svg");
+  const auto options = std::make_shared<PlotOptions>();
+  options->DistributionArguments::addTo(*command);
+  command
+      ->add_option("-o,--output", options->file,
+                   "File to write, .svg or .png (PNG needs rsvg-convert); else "
+                   "standard output")
+      ->type_name("FILE");
+  command->add_option("--title", options->title, "Heading of the picture");
+  command->add_option("--from", options->from, "Where the axis begins")->type_name("A");
+  command->add_option("--to", options->to, "Where the axis ends")->type_name("B");
+  command->callback([options] {
+    std::vector<Panel> panels;
+    for (const DistributionArguments& one : distributionsOf(*options))
+      panels.push_back(panelOf(one, *options));
+    write(svgOf(panels, options->title), options->file);
+  });
+}
+
+}  // namespace palvex::terminal
