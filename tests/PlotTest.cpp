@@ -156,5 +156,17 @@ TEST(Plot, NamesOfMarksDoNotOverlapAndTextIsEscaped) {
   EXPECT_LE(labels.back(), 420);
 }
 
+TEST(Plot, PointsAtMarksOutsideTheAxis) {
+  Panel panel = triangle();
+  panel.marks = {{"5 %", -67}, {"mean", 2}, {"95 %", 9}};
+  const std::string svg = svgOf({panel}, "");
+  EXPECT_EQ(texts(svg, "centre quiet"), (std::vector<std::string>{"← 5 %", "mean", "95 % →"}));
+  EXPECT_TRUE(paths(svg, "leader").empty());
+  EXPECT_EQ(paths(svg, "leader mean").size(), 1U);
+  EXPECT_EQ(svg.find("the density is 0"), std::string::npos);
+  panel.density.assign(5, 0);
+  EXPECT_NE(svgOf({panel}, "").find("the density is 0"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace palvex::terminal

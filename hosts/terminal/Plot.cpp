@@ -79,7 +79,7 @@ class Drawing {
                    cssClass, escaped(content));
   }
   void line(const Line& points, std::string_view cssClass) {
-    fmt::format_to(out(), "<path class=\"{}\" d=\"", cssClass);
+    fmt::format_to(out(), R"(<path class="{}" d=")", cssClass);
     char command = 'M';
     for (const Point& point : points) {
       fmt::format_to(out(), "{}{:.1f} {:.1f}", command, point.x, point.y);
@@ -148,10 +148,13 @@ double highest(const Line& points) {
 
 /// Whether the density rises towards the end at `first` as if it were infinite there: through each
 /// of the last points, and by more than half of its height. `step` leads inwards.
-bool risesWithoutEnd(const std::vector<double>& density, std::ptrdiff_t first, int step) {
-  constexpr int look = 8;
-  const auto at = [&](int i) { return density[static_cast<std::size_t>(first + i * step)]; };
-  for (int i = 0; i < look; ++i) {
+bool risesWithoutEnd(const std::vector<double>& density, std::ptrdiff_t first,
+                     std::ptrdiff_t step) {
+  constexpr std::ptrdiff_t look = 8;
+  const auto at = [&](std::ptrdiff_t i) {
+    return density[static_cast<std::size_t>(first + i * step)];
+  };
+  for (std::ptrdiff_t i = 0; i < look; ++i) {
     if (at(i) <= at(i + 1)) return false;
   }
   return at(0) > 1.6 * at(look);
@@ -199,7 +202,10 @@ class PanelDrawing {
 
   void draw() {
     drawing_.text({left, 22}, "title", panel_.title);
-    drawing_.text({left, 41}, "quiet", panel_.subtitle);
+    const bool empty = std::all_of(panel_.density.begin(), panel_.density.end(),
+                                   [](double density) { return density == 0; });
+    drawing_.text({left, 41}, "quiet",
+                  panel_.subtitle + (empty ? "; the density is 0 throughout" : ""));
     drawing_.open("g clip-path=\"url(#chart)\"");
     for (const Interval& piece : pieces(panel_.limits, axis_, false)) drawCut(piece);
     for (const Interval& piece : pieces(panel_.limits, axis_, true)) drawKept(piece);
@@ -244,29 +250,39 @@ class PanelDrawing {
     }
   }
 
-  /// A line up from the axis for each mark, with its name and value above; names that would overlap
-  /// move apart.
-  void drawMarks() {
+  /// Where the names of marks in increasing order stand: above their values, or moved apart.
+  [[nodiscard]] std::vector<double> labelPlaces(const std::vector<Mark>& marks) const {
     constexpr double apart = 58;
-    std::vector<Mark> marks = panel_.marks;
-    std::sort(marks.begin(), marks.end(), [](const Mark& a, const Mark& b) { return a.x < b.x; });
-    std::vector<double> labels;
+    std::vector<double> places;
     for (const Mark& mark : marks) {
-      const double wish = std::clamp(across(mark.x), left + apart / 2, right - apart / 2);
-      labels.push_back(labels.empty() ? wish : std::max(wish, labels.back() + apart));
+      const double wish = std::clamp(across(std::clamp(mark.x, axis_.from, axis_.to)),
+                                     left + apart / 2, right - apart / 2);
+      places.push_back(places.empty() ? wish : std::max(wish, places.back() + apart));
     }
     double most = right - apart / 2;
-    for (auto label = labels.rbegin(); label != labels.rend(); ++label) {
-      *label = std::min(*label, most);
-      most = *label - apart;
-    }
+    for (std::size_t i = places.size(); i-- > 0; most = places[i] - apart)
+      places[i] = std::min(places[i], most);
+    return places;
+  }
+
+  /// A line up from the axis for each mark, with its name and value above.
+  void drawMarks() {
+    std::vector<Mark> marks = panel_.marks;
+    std::sort(marks.begin(), marks.end(), [](const Mark& a, const Mark& b) { return a.x < b.x; });
+    const std::vector<double> labels = labelPlaces(marks);
     for (std::size_t i = 0; i < marks.size(); ++i) {
-      const double x = across(std::clamp(marks[i].x, axis_.from, axis_.to));
-      const std::string leader = marks[i].name == "mean" ? "leader mean" : "leader";
-      drawing_.line({{x, bottom}, {x, leaderKnee}, {labels[i], leaderTop}}, leader);
-      drawing_.text({labels[i], labelLine}, "centre quiet", marks[i].name);
+      const auto& [name, value] = marks[i];
+      const bool before = value < axis_.from;
+      const bool beyond = value > axis_.to;
+      if (!before && !beyond) {
+        const double x = across(value);
+        const std::string leader = name == "mean" ? "leader mean" : "leader";
+        drawing_.line({{x, bottom}, {x, leaderKnee}, {labels[i], leaderTop}}, leader);
+      }
+      drawing_.text({labels[i], labelLine}, "centre quiet",
+                    (before ? "\u2190 " : "") + name + (beyond ? " \u2192" : ""));
       drawing_.text({labels[i], labelLine + 14}, "centre",
-                    shortNumber(marks[i].x, axis_.to - axis_.from));
+                    shortNumber(value, axis_.to - axis_.from));
     }
   }
 
@@ -305,7 +321,7 @@ std::vector<double> roundNumbers(double from, double to, int parts) {
 }
 
 std::string shortNumber(double value, double axisLength) {
-  const double unit = std::pow(10, std::floor(std::log10(axisLength)) - 3);
+  const double unit = std::pow(10, std::floor(std::log10(axisLength / 2)) - 2);
   const double steps = std::round(value / unit);
   if (!std::isfinite(steps) || std::abs(steps) > 1e15) return numberText(value);
   // Through a decimal text: the product of steps and unit would show its rounding.
@@ -338,8 +354,9 @@ std::string svgOf(const std::vector<Panel>& panels, const std::string& title) {
   drawing.raw("<rect class=\"paper\" width=\"100%\" height=\"100%\"/>\n");
   if (!title.empty()) drawing.text({left, 29}, "head", title);
   for (std::size_t i = 0; i < panels.size(); ++i) {
+    const std::size_t row = i / columns;
     const double x = panelWidth * static_cast<double>(i % columns);
-    const double y = head + panelHeight * static_cast<double>(i / columns);
+    const double y = head + panelHeight * static_cast<double>(row);
     drawing.open(fmt::format("g transform=\"translate({} {})\"", x, y));
     PanelDrawing(drawing, panels[i]).draw();
     drawing.close("g");

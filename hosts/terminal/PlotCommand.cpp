@@ -37,9 +37,9 @@ DistributionArguments argumentsIn(const std::string& description) {
   return arguments;
 }
 
-/// One distribution in the words of the command line, or several with one text
-/// for each.
-std::vector<DistributionArguments> distributionsOf(const PlotOptions& options) {
+/// One distribution in the words of the command line, or several with one text for
+/// each.
+std::vector<DistributionArguments> distributionsOf(const DistributionArguments& options) {
   if (options.type.find(' ') == std::string::npos) return {options};
   std::vector<DistributionArguments> found{argumentsIn(options.type)};
   for (const std::string& description : options.parameters)
@@ -52,15 +52,12 @@ std::vector<DistributionArguments> distributionsOf(const PlotOptions& options) {
   return found;
 }
 
-/// A parameter or limit itself, or what its cell holds.
-Variant content(const Variant& value) {
-  return value.isObject() ? value.toObject()->get("Value") : value;
-}
-
 std::string parameterText(const DistributionArguments::Item& item) {
-  const Variant value = content(item.value);
-  if (value.isNumeric()) return item.name + ' ' + numberText(value.toDouble());
-  return item.name + ' ' + (value.isText() ? value.toText() : item.given);
+  const Table::Cell shown = shownContent(item.value);
+  if (const double* number = std::get_if<double>(&shown))
+    return item.name + ' ' + numberText(*number);
+  const std::string* text = std::get_if<std::string>(&shown);
+  return item.name + ' ' + (text != nullptr ? *text : "");
 }
 
 std::string limitsText(const Limits& limits) {
