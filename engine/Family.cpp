@@ -260,6 +260,14 @@ const Family gamma{
         [](const Values& v) {
           return Support{v.p[2], infinity};
         },
+    .moments =
+        [](const Values& v, const Limits& limits) {
+          return m_Gamma::moments(v.p[0], v.p[1], v.p[2], limits);
+        },
+    .integratedMoments =
+        [](const Values& v, const Limits& limits) {
+          return m_Gamma::integratedMoments(v.p[0], v.p[1], v.p[2], limits);
+        },
 };
 
 std::string fitJohnson(const std::array<double, 4>& p, Fitted& fitted, Line line) {
@@ -406,6 +414,14 @@ const Family beta{
     .support =
         [](const Values& v) {
           return Support{v.p[2], v.p[3]};
+        },
+    .moments =
+        [](const Values& v, const Limits& limits) {
+          return m_Beta::moments(v.p[0], v.p[1], v.p[2], v.p[3], limits);
+        },
+    .integratedMoments =
+        [](const Values& v, const Limits& limits) {
+          return m_Beta::integratedMoments(v.p[0], v.p[1], v.p[2], v.p[3], limits);
         },
 };
 

@@ -82,8 +82,8 @@ struct Family {
   /// Mean and standard deviation of what the limits keep, for parameters within their demands and a
   /// support with a width: in closed form, or nothing where that would lose digits; and by
   /// numerical integration.
-  std::optional<Moments> (*moments)(const Values&, const Limits&) = nullptr;
-  Moments (*integratedMoments)(const Values&, const Limits&) = nullptr;
+  std::optional<Moments> (*moments)(const Values&, const Limits&);
+  Moments (*integratedMoments)(const Values&, const Limits&);
 };
 
 /// The row of a type's name, or null for a name without a family.

@@ -60,7 +60,6 @@ Moments c_Distribution::keptMoments(Method method, Line caller) const try {
 
 Moments c_Distribution::momentsOf(const Values& values, const Limits& limits, Method method,
                                   Line caller) const try {
-  if (family_->integratedMoments == nullptr) raise(fault::invalidCall);
   // Live parameters have not been validated.
   for (std::size_t i = 0; i < family_->parametersRead; ++i) {
     if (!meets(values.p[i], family_->demands[i])) raise(fault::invalidCall);

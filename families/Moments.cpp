@@ -56,6 +56,22 @@ void walk(const std::function<double(double)>& logDensity, const Scale& scale, d
   }
 }
 
+/// Puts the breaks in order, and others between them at step, 2 step, 4 step.. from the bend of the
+/// scale.
+void addBend(const Scale& scale, std::vector<double>& breaks) {
+  std::sort(breaks.begin(), breaks.end());
+  const double lowest = breaks.front();
+  const double highest = breaks.back();
+  const double bend = scale.bend();
+  if (!(lowest < bend && bend < highest) || bend == 0) return;
+  breaks.push_back(bend);
+  for (double t = scale.length(); t < highest - lowest; t *= 2) {
+    if (bend - t > lowest) breaks.push_back(bend - t);
+    if (bend + t < highest) breaks.push_back(bend + t);
+  }
+  std::sort(breaks.begin(), breaks.end());
+}
+
 }  // namespace
 
 KeptIntervals::KeptIntervals(const Limits& limits, double lowest, double highest) {
@@ -119,47 +135,73 @@ Anchor anchorAt(double mode, double origin, const Interval& kept) {
   const double lower = kept.lower - origin;
   const double upper = kept.upper - origin;
   const double width = kept.upper - kept.lower;
-  if (mode <= lower) return {kept.lower, lower, 0, width, false};
-  if (mode >= upper) return {kept.upper, upper, -width, 0, false};
-  return {origin + mode, mode, lower - mode, upper - mode, true};
+  if (mode <= lower) return {kept.lower, lower, {lower, 0}, {upper, width}, false};
+  if (mode >= upper) return {kept.upper, upper, {lower, -width}, {upper, 0}, false};
+  return {origin + mode, mode, {lower, lower - mode}, {upper, upper - mode}, true};
 }
 
-Piece integratedPiece(const Anchor& anchor, const Scale& scale,
+double logRatio(double a, double b, double difference) {
+  return std::abs(difference) < b / 2 ? std::log1p(difference / b) : std::log(a) - std::log(b);
+}
+
+double SinhScale::position(const End& end) const {
+  if (std::isinf(end.fromOrigin)) return end.fromOrigin;
+  // The difference of two inverse hyperbolic sines as one, with its argument free of cancellation.
+  const double a = std::sinh(start_);
+  const double b = end.fromOrigin / unit_;
+  const double aRoot = std::hypot(1, a);
+  const double bRoot = std::hypot(1, b);
+  const bool sameSign = (a < 0) == (b < 0);
+  const double argument =
+      sameSign ? end.fromAnchor / unit_ * (a + b) / (b * aRoot + a * bRoot) : b * aRoot - a * bRoot;
+  return std::asinh(argument) / rate_;
+}
+
+double SinhScale::logDistance(double t) const {
+  const double half = rate_ * t / 2;
+  const auto log2cosh = [](double u) {
+    return std::abs(u) + std::log1p(std::exp(-2 * std::abs(u)));
+  };
+  const auto logSinh = [](double u) {
+    return std::abs(u) + std::log(-std::expm1(-2 * std::abs(u)) / 2);
+  };
+  return std::log(unit_) + log2cosh(start_ + half) + logSinh(half);
+}
+
+Piece integratedPiece(double anchor, const Interval& t, const Scale& scale,
                       const std::function<double(double)>& logDensity, double logAtAnchor) {
   // No width of an interval makes up for a density as small as this.
   if (logAtAnchor < -1500) return {-infinity, {0, 0}};
-  const double lower = anchor.toLower == 0 ? 0 : scale.position(anchor.toLower);
-  const double upper = anchor.toUpper == 0 ? 0 : scale.position(anchor.toUpper);
-  double step = infinity;
-  if (lower < 0) step = firstStep(logDensity, lower);
-  if (upper > 0) step = std::min(step, firstStep(logDensity, upper));
+  double step = scale.length();
+  if (t.lower < 0) step = std::min(step, firstStep(logDensity, t.lower));
+  if (t.upper > 0) step = std::min(step, firstStep(logDensity, t.upper));
 
   std::vector<double> breaks{0};
   Peaks peaks{0, -infinity, -infinity};
-  walk(logDensity, scale, step, lower, breaks, peaks);
-  walk(logDensity, scale, step, upper, breaks, peaks);
-  std::sort(breaks.begin(), breaks.end());
+  walk(logDensity, scale, step, t.lower, breaks, peaks);
+  walk(logDensity, scale, step, t.upper, breaks, peaks);
+  addBend(scale, breaks);
 
   // Each integral in units of its integrand's peak: neither the density nor the square of a
   // distance needs to be a double.
   const double mass =
-      m_Integration::integrate([&](double t) { return std::exp(logDensity(t)); }, breaks);
+      m_Integration::integrate([&](double u) { return std::exp(logDensity(u)); }, breaks);
   const double first = m_Integration::integrate(
-      [&](double t) {
-        return std::copysign(std::exp(logDensity(t) + scale.logDistance(t) - peaks[1]), t);
+      [&](double u) {
+        return std::copysign(std::exp(logDensity(u) + scale.logDistance(u) - peaks[1]), u);
       },
       breaks);
   const double toMean = first / mass * std::exp(peaks[1]);
   const double second = m_Integration::integrate(
-      [&](double t) {
-        const double distance = scale.distance(t) - toMean;
+      [&](double u) {
+        const double distance = scale.distance(u) - toMean;
         const double logDistance =
-            std::isfinite(distance) ? std::log(std::abs(distance)) : scale.logDistance(t);
-        return std::exp(logDensity(t) + 2 * logDistance - peaks[2]);
+            std::isfinite(distance) ? std::log(std::abs(distance)) : scale.logDistance(u);
+        return std::exp(logDensity(u) + 2 * logDistance - peaks[2]);
       },
       breaks);
   return {logAtAnchor + std::log(mass),
-          {anchor.value + toMean, std::sqrt(second / mass) * std::exp(peaks[2] / 2)}};
+          {anchor + toMean, std::sqrt(second / mass) * std::exp(peaks[2] / 2)}};
 }
 
 double expm1LessT(double t) {

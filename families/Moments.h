@@ -93,20 +93,30 @@ class PartialMoments {
 
 // ---- integration ----
 
+/// An end of a kept interval. Both distances are kept, since neither gives the other without
+/// rounding.
+struct End {
+  double fromOrigin;
+  double fromAnchor;
+};
+
 /// Where in a kept interval an integration starts: at the mode, or the end nearest to it.
 struct Anchor {
   double value;
   double fromOrigin;  // value less the law's origin
-  double toLower;     // distance to the interval's ends, <= 0 and >= 0, may be infinite
-  double toUpper;
+  End lower;
+  End upper;
   bool isMode;
 };
 
 /// @param origin  where the law's own coordinate starts; `mode` counts from there
 Anchor anchorAt(double mode, double origin, const Interval& kept);
 
-/// The distance from the anchor as a function of the variable t of an integral, t = 0 at the
-/// anchor.
+/// ln(a/b) for b > 0, the difference a - b being known more precisely.
+double logRatio(double a, double b, double difference);
+
+/// The distance from the anchor as a function of the variable t of an integral, increasing and 0 at
+/// t = 0. Each scale's `position` is the t of an end.
 class Scale {
  public:
   Scale() = default;
@@ -114,7 +124,10 @@ class Scale {
   Scale& operator=(const Scale&) = delete;
   virtual ~Scale() = default;
   [[nodiscard]] virtual double distance(double t) const = 0;
-  [[nodiscard]] virtual double position(double distance) const = 0;
+  /// A length in t on which the distance is smooth around the anchor.
+  [[nodiscard]] virtual double length() const { return std::numeric_limits<double>::infinity(); }
+  /// Where, apart from the anchor, the distance bends on that length.
+  [[nodiscard]] virtual double bend() const { return 0; }
   /// ln |distance(t)|, also where the distance exceeds the double range.
   [[nodiscard]] virtual double logDistance(double t) const {
     return std::log(std::abs(distance(t)));
@@ -126,7 +139,7 @@ class LinearScale : public Scale {
  public:
   explicit LinearScale(double unit) : unit_(unit) {}
   [[nodiscard]] double distance(double t) const override { return unit_ * t; }
-  [[nodiscard]] double position(double distance) const override { return distance / unit_; }
+  [[nodiscard]] double position(const End& end) const { return end.fromAnchor / unit_; }
 
  private:
   double unit_;
@@ -138,8 +151,9 @@ class ExponentialScale : public Scale {
   ExponentialScale(double value, double rate)
       : value_(value), rate_(rate), logValue_(std::log(value)) {}
   [[nodiscard]] double distance(double t) const override { return value_ * std::expm1(rate_ * t); }
-  [[nodiscard]] double position(double distance) const override {
-    return std::log1p(distance / value_) / rate_;
+  [[nodiscard]] double length() const override { return 1 / rate_; }
+  [[nodiscard]] double position(const End& end) const {
+    return logRatio(end.fromOrigin, value_, end.fromAnchor) / rate_;
   }
   [[nodiscard]] double logDistance(double t) const override {
     const double exponent = rate_ * t;
@@ -152,12 +166,62 @@ class ExponentialScale : public Scale {
   double logValue_;
 };
 
+/// On an interval, at the distances `below` and `above` from its ends: t runs over the logarithm of
+/// the ratio of these distances, in units of 1/rate.
+class LogisticScale : public Scale {
+ public:
+  LogisticScale(double below, double above, double rate)
+      : below_(below), above_(above), rate_(rate) {}
+  [[nodiscard]] double distance(double t) const override {
+    const double exponent = -std::abs(rate_ * t);
+    const double factor = std::exp(exponent);
+    const double fall = std::expm1(exponent);
+    return t < 0 ? below_ * (above_ * fall / (above_ + below_ * factor))
+                 : -above_ * (below_ * fall / (below_ + above_ * factor));
+  }
+  [[nodiscard]] double length() const override { return 1 / rate_; }
+  [[nodiscard]] double bend() const override {
+    return (std::log(above_) - std::log(below_)) / rate_;
+  }
+  /// @param below  distance from the interval's lower end; `above` from its upper end
+  [[nodiscard]] double position(const End& below, double above) const {
+    return (logRatio(below.fromOrigin, below_, below.fromAnchor) -
+            logRatio(above, above_, -below.fromAnchor)) /
+           rate_;
+  }
+
+ private:
+  double below_;
+  double above_;
+  double rate_;
+};
+
+/// unit (sinh(start + rate t) - sinh(start))
+class SinhScale : public Scale {
+ public:
+  SinhScale(double unit, double start, double rate) : unit_(unit), start_(start), rate_(rate) {}
+  [[nodiscard]] double distance(double t) const override {
+    const double half = rate_ * t / 2;
+    return unit_ * 2 * std::cosh(start_ + half) * std::sinh(half);
+  }
+  [[nodiscard]] double length() const override { return 1 / rate_; }
+  [[nodiscard]] double bend() const override { return -start_ / rate_; }
+  [[nodiscard]] double position(const End& end) const;
+  [[nodiscard]] double logDistance(double t) const override;
+
+ private:
+  double unit_;
+  double start_;
+  double rate_;
+};
+
 /// The piece around an anchor, by numerical integration over the scale's variable t.
+/// @param t             the ends in t, lower <= 0 <= upper
 /// @param logDensity    logarithm of the density of t relative to that at t = 0; unimodal, largest
 ///                      at the anchor, and falling at least exponentially where the interval is
 ///                      infinite in t
 /// @param logAtAnchor   logarithm of the density of t at the anchor
-Piece integratedPiece(const Anchor& anchor, const Scale& scale,
+Piece integratedPiece(double anchor, const Interval& t, const Scale& scale,
                       const std::function<double(double)>& logDensity, double logAtAnchor);
 
 /// e^t - 1 - t, without cancellation around 0.

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "families/Moments.h"
 #include "families/m_BetaRatio.h"
 #include "runtime/Limits.h"
 
@@ -148,5 +149,16 @@ inline double BetaVAL(double p, double alpha, double beta, double minimum, doubl
   const Band kept = band(shapes, minimum, maximum, limitsFrom(ltl, utl), caller);
   return value(p, shapes, minimum, maximum, kept, caller);
 }
+
+// ---- moments ----
+
+/// Mean and standard deviation of what the limits keep: the closed form, or nothing where its terms
+/// would cancel.
+std::optional<Moments> moments(double alpha, double beta, double minimum, double maximum,
+                               const Limits& limits);
+
+/// The same by numerical integration, which holds everywhere.
+Moments integratedMoments(double alpha, double beta, double minimum, double maximum,
+                          const Limits& limits);
 
 }  // namespace palvex::m_Beta

@@ -100,10 +100,10 @@ Moments moments(double lambda, double minimum, const Limits& limits) {
 
 Moments integratedMoments(double lambda, double minimum, const Limits& limits) {
   Mixture kept;
-  for (const Interval& x : KeptIntervals(limits, minimum, infinity)) {
-    const Anchor anchor = anchorAt(0, minimum, x);
+  for (const auto& [lower, upper] : KeptIntervals(limits, minimum, infinity)) {
     kept.add(integratedPiece(
-        anchor, LinearScale(1 / lambda), [](double t) { return -t; }, -lambda * anchor.fromOrigin));
+        lower, {0, lambda * (upper - lower)}, LinearScale(1 / lambda), [](double t) { return -t; },
+        -lambda * (lower - minimum)));
   }
   return kept.moments();
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "families/Moments.h"
 #include "runtime/Limits.h"
 
 /// The complete gamma functions and the gamma distribution.
@@ -158,5 +159,21 @@ inline double GammaVAL(double p, double shape, double scale, double location,
   return value(p, shape, scale, location,
                band(shape, scale, location, limitsFrom(ltl, utl), caller), caller);
 }
+
+// Moments.
+
+/// Adds factor (P(a, upper) - P(a, lower)) to the sum of an order, from the smaller tails.
+/// @param a       > 0
+/// @param factor  relative error 6e-15
+/// @param lower   >= 0; `upper` may be infinite
+void addRatio(PartialMoments& moments, int order, double factor, double a, double lower,
+              double upper);
+
+/// Mean and standard deviation of what the limits keep: the closed form, or nothing where its terms
+/// would cancel.
+std::optional<Moments> moments(double shape, double scale, double location, const Limits& limits);
+
+/// The same by numerical integration, which holds everywhere.
+Moments integratedMoments(double shape, double scale, double location, const Limits& limits);
 
 }  // namespace palvex::m_Gamma

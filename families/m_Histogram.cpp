@@ -388,9 +388,9 @@ Moments moments(const DensityArray& bins, const Limits& limits) {
 Moments integratedMoments(const DensityArray& bins, const Limits& limits) {
   Mixture kept;
   for (std::size_t i = 0; i < bins.size(); i += 3) {
-    for (const Interval& x : KeptIntervals(limits, bins[i], bins[i + 1])) {
+    for (const auto& [lower, upper] : KeptIntervals(limits, bins[i], bins[i + 1])) {
       kept.add(integratedPiece(
-          anchorAt(0, bins[i], x), LinearScale(1), [](double) { return 0; },
+          lower, {0, upper - lower}, LinearScale(1), [](double) { return 0; },
           std::log(bins[i + 2])));
     }
   }

@@ -28,10 +28,6 @@ double logistic(double u) {
   return 1 / (1 + std::exp(-u));
 }
 
-double logLogistic(double u) {
-  return u < 0 ? u - std::log1p(std::exp(u)) : -std::log1p(std::exp(-u));
-}
-
 /// The variate of the standard curve (xi = 0, scale 1) at the normal deviate z.
 double standardVariate(double z, const JohnsonParams& params) {
   const double t = (z - params.gamma) / params.delta;
@@ -202,56 +198,6 @@ std::optional<Moments> keptBounded(const JohnsonParams& c, const Limits& limits)
   return Moments{c.xi + c.lambda * (side > 0 ? mean : 1 - mean), c.lambda * std::sqrt(variance)};
 }
 
-// ---- integration: t is the normal deviate, counted from the anchor's ----
-
-/// The distance in x as a function of t.
-class DeviateScale : public Scale {
- public:
-  /// @param z0     the anchor's normal deviate
-  /// @param ends   the interval's, as normal deviates
-  DeviateScale(const JohnsonParams& c, Curve curve, double z0, const Interval& ends)
-      : c_(c), curve_(curve), z0_(z0), u0_((z0 - c.gamma) / c.delta), ends_(ends) {}
-
-  [[nodiscard]] double distance(double t) const override {
-    const double h = t / c_.delta;
-    if (curve_ == Curve::SU) {
-      return 2 * c_.lambda * std::cosh(u0_ + h / 2) * std::sinh(h / 2);
-    }
-    return std::copysign(std::exp(logDistance(t)), t);
-  }
-
-  [[nodiscard]] double logDistance(double t) const override {
-    const double h = t / c_.delta;
-    const double logWidth = std::log(-std::expm1(-std::abs(h)));
-    if (curve_ == Curve::SU) {
-      const double middle = std::abs(u0_ + h / 2);
-      return std::log(c_.lambda / 2) + middle + std::log1p(std::exp(-2 * middle)) +
-             std::abs(h / 2) + logWidth;
-    }
-    // From v to w the logistic function rises by w (1 - v) (1 - exp(-h)).
-    return std::log(c_.lambda) + logLogistic(std::max(u0_, u0_ + h)) +
-           logLogistic(-std::min(u0_, u0_ + h)) + logWidth;
-  }
-
-  /// Of the interval's ends only. Near the anchor the difference of two deviates has lost digits
-  /// that the distance still has.
-  [[nodiscard]] double position(double distance) const override {
-    double t = (distance < 0 ? ends_.lower : ends_.upper) - z0_;
-    if (std::abs(t) < 0.1 * c_.delta) {
-      t = std::copysign(1e-3 * c_.delta, distance);
-      for (int i = 0; i < 10; ++i) t *= distance / this->distance(t);
-    }
-    return t;
-  }
-
- private:
-  const JohnsonParams& c_;
-  Curve curve_;
-  double z0_;
-  double u0_;
-  Interval ends_;
-};
-
 }  // namespace
 
 std::optional<Moments> moments(const JohnsonParams& params, Curve curve, const Limits& limits) {
@@ -281,18 +227,34 @@ Moments integratedMoments(const JohnsonParams& params, Curve curve, const Limits
     if (params.lambda < 0) result.mean = -result.mean;
     return result;
   }
-  const double u = -params.gamma / params.delta;
-  const double median =
-      params.xi + params.lambda * (curve == Curve::SU ? std::sinh(u) : logistic(u));
+  // Over the normal deviate, from the median where Z = 0.
+  const auto& [gamma, delta, lambda, xi, name, code, message] = params;
+  const double rate = 1 / delta;
+  const double atMedian = -gamma * rate;
+  const auto piece = [](const Anchor& anchor, const Interval& t, const Scale& scale, double z) {
+    return integratedPiece(
+        anchor.value, t, scale, [z](double u) { return -(z + u / 2) * u; },
+        -z * z / 2 - std::log(twoPi) / 2);
+  };
   Mixture mixture;
   for (const Interval& x : kept(params, curve, limits)) {
-    const Interval ends{deviate(x.lower, params, curve), deviate(x.upper, params, curve)};
-    const Anchor anchor = anchorAt(median, 0, x);
-    const double z = anchor.isMode ? 0 : deviate(anchor.value, params, curve);
-    if (!std::isfinite(z)) continue;  // nothing but an end that has no value
-    mixture.add(integratedPiece(
-        anchor, DeviateScale(params, curve, z, ends), [z](double t) { return -(z + t / 2) * t; },
-        -z * z / 2 - std::log(twoPi) / 2));
+    if (curve == Curve::SU) {
+      const Anchor anchor = anchorAt(lambda * std::sinh(atMedian), xi, x);
+      const double start = anchor.isMode ? atMedian : std::asinh(anchor.fromOrigin / lambda);
+      const SinhScale t(lambda, start, rate);
+      mixture.add(piece(anchor, {t.position(anchor.lower), t.position(anchor.upper)}, t,
+                        anchor.isMode ? 0 : gamma + delta * start));
+    } else {
+      const double end = xi + lambda;
+      const Anchor anchor = anchorAt(lambda * logistic(atMedian), xi, x);
+      const double below = anchor.fromOrigin;
+      const double above = anchor.isMode ? lambda * logistic(-atMedian) : end - anchor.value;
+      const LogisticScale t(below, above, rate);
+      mixture.add(
+          piece(anchor,
+                {t.position(anchor.lower, end - x.lower), t.position(anchor.upper, end - x.upper)},
+                t, anchor.isMode ? 0 : gamma + delta * std::log(below / above)));
+    }
   }
   return mixture.moments();
 }

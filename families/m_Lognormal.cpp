@@ -128,9 +128,10 @@ Moments integratedMoments(double location, double scale, double minimum, const L
     const Anchor anchor = anchorAt(std::max(median, smallest), minimum, x);
     const double y = anchor.fromOrigin;
     const double z = y == median ? 0 : (std::log(y) - location) / scale;
+    const ExponentialScale t(y, scale);
     kept.add(integratedPiece(
-        anchor, ExponentialScale(y, scale), [z](double t) { return -(z + t / 2) * t; },
-        -z * z / 2 - std::log(twoPi) / 2));
+        anchor.value, {t.position(anchor.lower), t.position(anchor.upper)}, t,
+        [z](double u) { return -(z + u / 2) * u; }, -z * z / 2 - std::log(twoPi) / 2));
   }
   return kept.moments();
 }

@@ -206,9 +206,10 @@ Moments integratedMoments(double mean, double sd, const Limits& limits) {
   for (const Interval& x : KeptIntervals(limits, -infinity, infinity)) {
     const Anchor anchor = anchorAt(0, mean, x);
     const double z = anchor.fromOrigin / sd;
+    const LinearScale scale(sd);
     kept.add(integratedPiece(
-        anchor, LinearScale(sd), [z](double t) { return -(z + t / 2) * t; },
-        -z * z / 2 - std::log(twoPi) / 2));
+        anchor.value, {scale.position(anchor.lower), scale.position(anchor.upper)}, scale,
+        [z](double t) { return -(z + t / 2) * t; }, -z * z / 2 - std::log(twoPi) / 2));
   }
   return kept.moments();
 }

@@ -110,20 +110,23 @@ Moments moments(double minimum, double likely, double maximum, const Limits& lim
 
 Moments integratedMoments(double minimum, double likely, double maximum, const Limits& limits) {
   if (!ordered(minimum, likely, maximum)) raise(fault::invalidCall);
+  // t runs from the interval's end next to the peak, in units of the distance to the outer end of
+  // the side.
+  const double width = maximum - minimum;
   Mixture kept;
-  for (const Interval& x : KeptIntervals(limits, minimum, likely)) {
-    const Anchor anchor = anchorAt(likely - minimum, minimum, x);
+  for (const auto& [lower, upper] : KeptIntervals(limits, minimum, likely)) {
+    const double outward = upper - minimum;
     kept.add(integratedPiece(
-        anchor, LinearScale(anchor.fromOrigin), [](double t) { return std::log1p(t); },
-        2 * std::log(anchor.fromOrigin) - std::log(likely - minimum) -
-            std::log(maximum - minimum)));
+        upper, {(lower - upper) / outward, 0}, LinearScale(outward),
+        [](double t) { return std::log1p(t); },
+        2 * std::log(outward) - std::log(likely - minimum) - std::log(width)));
   }
-  for (const Interval& x : KeptIntervals(limits, likely, maximum)) {
-    const Anchor anchor = anchorAt(likely - maximum, maximum, x);
-    const double toMaximum = -anchor.fromOrigin;
+  for (const auto& [lower, upper] : KeptIntervals(limits, likely, maximum)) {
+    const double outward = maximum - lower;
     kept.add(integratedPiece(
-        anchor, LinearScale(toMaximum), [](double t) { return std::log1p(-t); },
-        2 * std::log(toMaximum) - std::log(maximum - likely) - std::log(maximum - minimum)));
+        lower, {0, (upper - lower) / outward}, LinearScale(outward),
+        [](double t) { return std::log1p(-t); },
+        2 * std::log(outward) - std::log(maximum - likely) - std::log(width)));
   }
   return kept.moments();
 }

@@ -70,9 +70,9 @@ Moments moments(double minimum, double maximum, const Limits& limits) {
 
 Moments integratedMoments(double minimum, double maximum, const Limits& limits) {
   Mixture kept;
-  for (const Interval& x : KeptIntervals(limits, minimum, maximum)) {
+  for (const auto& [lower, upper] : KeptIntervals(limits, minimum, maximum)) {
     kept.add(integratedPiece(
-        anchorAt(0, minimum, x), LinearScale(1), [](double) { return 0; },
+        lower, {0, upper - lower}, LinearScale(1), [](double) { return 0; },
         -std::log(maximum - minimum)));
   }
   return kept.moments();

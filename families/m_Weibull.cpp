@@ -11,11 +11,6 @@ namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-/// ln(a/b), also where a is close to b.
-double logRatio(double a, double b) {
-  return std::abs(a - b) < b / 2 ? std::log1p((a - b) / b) : std::log(a) - std::log(b);
-}
-
 }  // namespace
 
 double density(double x, double shape, double scale, double minimum, const Limits& limits,
@@ -79,14 +74,17 @@ double value(double p, double shape, double scale, double minimum, const Band& b
 }
 
 std::optional<Moments> moments(double shape, double scale, double minimum, const Limits& limits) {
-  if (limits.lower || limits.upper) return {};
   constexpr double largestArgument = 170;  // of a gamma function within the double range
   if (1 + 2 / shape > largestArgument) return {};
-  constexpr double accuracy = 6e-15;
   PartialMoments standardized;
-  standardized.add(0, 1, 0);
-  standardized.add(1, m_Gamma::gamma(1 + 1 / shape), accuracy);
-  standardized.add(2, m_Gamma::gamma(1 + 2 / shape), accuracy);
+  for (const Interval& x : KeptIntervals(limits, minimum, infinity)) {
+    const double lower = std::pow((x.lower - minimum) / scale, shape);
+    const double upper = std::pow((x.upper - minimum) / scale, shape);
+    for (const int order : {0, 1, 2}) {
+      const double argument = 1 + order / shape;
+      m_Gamma::addRatio(standardized, order, m_Gamma::gamma(argument), argument, lower, upper);
+    }
+  }
   const std::optional<Moments> kept = standardized.moments();
   if (!kept) return {};
   return Moments{minimum + scale * kept->mean, scale * kept->sd};
@@ -96,12 +94,14 @@ Moments integratedMoments(double shape, double scale, double minimum, const Limi
   Mixture kept;
   for (const Interval& x : KeptIntervals(limits, minimum, infinity)) {
     const Anchor anchor = anchorAt(scale, minimum, x);
-    const double logPower = shape * logRatio(anchor.fromOrigin, scale);
+    const double y = anchor.fromOrigin;
+    const double logPower = shape * logRatio(y, scale, y - scale);
     const double power = std::exp(logPower);
     // t runs over the logarithm of ((x - minimum)/scale)^shape.
+    const ExponentialScale t(y, 1 / shape);
     kept.add(integratedPiece(
-        anchor, ExponentialScale(anchor.fromOrigin, 1 / shape),
-        [power](double t) { return (1 - power) * t - power * expm1LessT(t); }, logPower - power));
+        anchor.value, {t.position(anchor.lower), t.position(anchor.upper)}, t,
+        [power](double u) { return (1 - power) * u - power * expm1LessT(u); }, logPower - power));
   }
   return kept.moments();
 }
