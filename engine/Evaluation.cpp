@@ -40,19 +40,21 @@ double c_Distribution::cdf(double x) try {
 }
 
 double c_Distribution::keptValue(double rndP) try {
-  if (family_ == nullptr) return 0;
-  const Values values{staticParams_, fitted_, prepared()};
-  if (!band_) {
-    if (family_->ignoresLimits != nullptr && family_->ignoresLimits(values, rndP)) {
-      return family_->value(values, Band{}, rndP, Line::here());
-    }
-    band_ = family_->band(values, staticLimits_, Line::here());
-  }
-  return family_->value(values, *band_, rndP, Line::here());
+  if (!band_) return firstValue(rndP);
+  return family_->value(kept_, *band_, rndP, Line::here());
 } catch (RuntimeError& error) {
   addDraw(error, rndP, staticLtl_, staticUtl_);
   error.leave("c_Distribution.RandVal");
   throw;
+}
+
+double c_Distribution::firstValue(double rndP) {
+  if (family_ == nullptr) return 0;
+  if (family_->ignoresLimits != nullptr && family_->ignoresLimits(kept_, rndP)) {
+    return family_->value(kept_, Band{}, rndP, Line::here());
+  }
+  band_ = family_->band(kept_, staticLimits_, Line::here());
+  return family_->value(kept_, *band_, rndP, Line::here());
 }
 
 double c_Distribution::liveValue(double rndP) {

@@ -182,6 +182,7 @@ class c_Distribution {
 
   // Evaluation (Evaluation.cpp).
   double keptValue(double rndP);
+  double firstValue(double rndP);  // works out the band that later draws use
   double liveValue(double rndP);
   [[nodiscard]] std::string parameterRecord(std::size_t count) const;
   void addCall(RuntimeError& error, std::string_view member, double argument) const;
@@ -218,6 +219,7 @@ class c_Distribution {
   std::optional<Band> band_;  // what staticLimits_ keep; empty until a draw asks for it
   Prepared prepared_;         // for staticParams_
   Fitted fitted_;
+  const Values kept_{staticParams_, fitted_, &prepared_};
 
   double scaleFactor_ = 1;
   Series graphX_;

@@ -1,5 +1,6 @@
 #include "families/m_Normal.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -121,7 +122,15 @@ double NormalINV(double p, Boolean upper, Line caller) try {
   throw;
 }
 
-double NormINV16(double p, Line caller) try {
+namespace {
+
+/// Whether p = 1/2 + q lies between the tails, where AS 241 needs no logarithm.
+bool isCentral(double q) {
+  return std::abs(q) <= 0.425;
+}
+
+/// The deviate of p = 1/2 + q between the tails. Nothing fails here.
+[[gnu::always_inline]] inline double centralDeviate(double q) {
   constexpr std::array a{3.38713287279637, 133.141667891784, 1971.59095030655, 13731.6937655095,
                          45921.9539315499, 67265.7709270087, 33430.5755835881, 2509.08092873012};
   constexpr std::array b{1.0,
@@ -132,6 +141,13 @@ double NormINV16(double p, Line caller) try {
                          39307.8958000927,
                          28729.0857357219,
                          5226.49527885285};
+  const double r = 0.180625 - q * q;
+  return q * polynomial(a, r) / polynomial(b, r);
+}
+
+/// Size of the deviate beyond which lies the probability `tail` <= 0.075. A function of its own, so
+/// that the common draw between the tails has nothing to save before a call.
+[[gnu::noinline]] double tailDeviate(double tail, Line line = Line::here()) {
   constexpr std::array c{1.42343711074968,   4.63033784615655,    5.76949722146069,
                          3.6478483247632,    1.27045825245237,    0.241780725177451,
                          0.0227238449892692, 0.000774545014278341};
@@ -155,16 +171,17 @@ double NormINV16(double p, Line caller) try {
                          1.42151175831645E-7,
                          2.04426310338994E-15};
 
+  const double s = std::sqrt(-Log(tail, line));
+  return s <= 5 ? polynomial(c, s - 1.6) / polynomial(d, s - 1.6)
+                : polynomial(e, s - 5) / polynomial(f, s - 5);
+}
+
+}  // namespace
+
+double NormINV16(double p, Line caller) try {
   const double q = p - 0.5;
-  if (std::abs(q) <= 0.425) {
-    const double r = 0.180625 - q * q;
-    return q * polynomial(a, r) / polynomial(b, r);
-  }
-  const double tail = q < 0 ? p : 1 - p;
-  const double s = std::sqrt(-Log(tail));
-  const double deviate = s <= 5 ? polynomial(c, s - 1.6) / polynomial(d, s - 1.6)
-                                : polynomial(e, s - 5) / polynomial(f, s - 5);
-  return q < 0 ? -deviate : deviate;
+  if (isCentral(q)) return centralDeviate(q);
+  return std::copysign(tailDeviate(std::min(p, 1 - p)), q);
 } catch (RuntimeError& error) {
   error.leave("m_Normal.NormINV16", caller);
   throw;
@@ -178,12 +195,29 @@ Band band(double mean, double sd, const Limits& limits, Line caller) try {
   throw;
 }
 
-double value(double p, double mean, double sd, const Band& band, Line caller) try {
+namespace {
+
+/// `value`, wherever p may lie.
+[[gnu::noinline, gnu::flatten]] double trappedValue(double p, double mean, double sd,
+                                                    const Band& band, Line caller) try {
   if (sd == 0) return mean;
   return checked(NormalINV(band.probability(p), false) * sd + mean);
 } catch (RuntimeError& error) {
   error.leave("m_Normal.NormalVAL", caller);
   throw;
+}
+
+}  // namespace
+
+double value(double p, double mean, double sd, const Band& band, Line caller) {
+  // Most draws lie between the tails of one band, where no call is made that something would have
+  // to be saved for, and none is needed for a trap.
+  if (sd != 0 && !band.wrapped) {
+    const double q = band.probability(p) - 0.5;
+    const double x = centralDeviate(q) * sd + mean;
+    if (isCentral(q) && std::isfinite(x)) return x;
+  }
+  return trappedValue(p, mean, sd, band, caller);
 }
 
 std::optional<Moments> moments(double mean, double sd, const Limits& limits) {

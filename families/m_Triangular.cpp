@@ -67,9 +67,13 @@ double TriangularINV(double p, double minimum, double likely, double maximum, Li
   const double width = checked(maximum - minimum);
   const double shareBelowLikely = Divide(likely - minimum, width);
   if (p <= 0) return minimum;
-  if (p <= shareBelowLikely) return minimum + Sqr(width * p * (likely - minimum));
   if (p > 1) return maximum;
-  return maximum - Sqr(width * (1 - p) * (maximum - likely));
+  // An index in place of a branch: which side a draw falls on is not to be predicted.
+  const struct {
+    double end, tail, width, sign;
+  } sides[]{{maximum, 1 - p, maximum - likely, -1}, {minimum, p, likely - minimum, 1}};
+  const auto& side = sides[p <= shareBelowLikely ? 1 : 0];
+  return side.end + side.sign * Sqr(width * side.tail * side.width);
 } catch (RuntimeError& error) {
   error.leave("m_Triangular.TriangularINV", caller);
   throw;

@@ -43,11 +43,13 @@ struct Band {
   double lower = 0;
   double upper = 1;
   bool wrapped = false;
+  bool whole = true;  // lower is 0 and upper is 1
   double split = 0;
 
   /// The probability at the position p of the band, p usually in [0, 1].
   /// Error 6 or 11 where the wrapped band, or the piece of it that p falls in, holds nothing.
   [[nodiscard]] double probability(double p, Line line = Line::here()) const {
+    if (whole) return p;
     if (!wrapped) return (upper - lower) * p + lower;
     return wrappedProbability(p, line);
   }
@@ -59,6 +61,7 @@ struct Band {
 /// `band`, wrapped where both limits are present and the lower bound exceeds the upper one.
 [[nodiscard]] inline Band wrappedWhere(const Limits& limits, Band band) noexcept {
   band.wrapped = limits.lower && limits.upper && band.lower > band.upper;
+  band.whole = band.lower == 0 && band.upper == 1;
   // A fault of this quotient is raised by the first draw: some draws never ask for it.
   if (band.wrapped) band.split = band.upper / (1 - band.lower + band.upper);
   return band;
