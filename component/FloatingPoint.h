@@ -22,7 +22,7 @@ class StandardArithmetic {
   ~StandardArithmetic() {
     if (x87_ != standardX87) {
       // What the call left flagged must not trap under the caller's settings.
-      asm volatile("fnclex" : : : "memory");
+      if ((x87_ & masked) != masked) asm volatile("fnclex" : : : "memory");
       loadX87(x87_);
     }
     if ((sse_ & ~sseFlags) != standardSse) _mm_setcsr(sse_);
@@ -30,6 +30,7 @@ class StandardArithmetic {
 
  private:
   static constexpr std::uint16_t standardX87 = 0x037F;
+  static constexpr std::uint16_t masked = 0x003F;
   static constexpr unsigned standardSse = 0x1F80;
   static constexpr unsigned sseFlags = 0x003F;
 

@@ -39,7 +39,7 @@ BOOL CALLBACK readText(HWND window, LPARAM to) {
   return TRUE;
 }
 
-TEST(MessageBox, TellsOfAnUnknownTypeAndKeepsTheOldOne) {
+TEST(UnknownType, ShowsAMessageBoxAndKeepsTheOldOne) {
   Library library;
   const Distribution d = library.create();
   ASSERT_EQ(d->put_distType(bstr("Weibull").get()), S_OK);
