@@ -65,9 +65,11 @@ void addBend(const Scale& scale, std::vector<double>& breaks) {
   const double bend = scale.bend();
   if (!(lowest < bend && bend < highest) || bend == 0) return;
   breaks.push_back(bend);
-  for (double t = scale.length(); t < highest - lowest; t *= 2) {
+  double t = scale.length();
+  while (t < highest - lowest) {
     if (bend - t > lowest) breaks.push_back(bend - t);
     if (bend + t < highest) breaks.push_back(bend + t);
+    t *= 2;
   }
   std::sort(breaks.begin(), breaks.end());
 }

@@ -205,17 +205,6 @@ std::array<Moments, 2> momentsOf(const std::vector<std::string>& fields) {
   if (!fields[5].empty()) limits.lower = number(5);
   if (!fields[6].empty()) limits.upper = number(6);
   const std::string& type = fields[0];
-  if (type == "SU" || type == "SB" || type == "SL") {
-    m_Johnson::JohnsonParams fitted;
-    fitted.gamma = number(1);
-    fitted.delta = number(2);
-    fitted.lambda = number(3);
-    fitted.xi = number(4);
-    fitted.typeName = type;
-    const m_Johnson::Curve curve = m_Johnson::curveOf(type);
-    const Moments integrated = m_Johnson::integratedMoments(fitted, curve, limits);
-    return {m_Johnson::moments(fitted, curve, limits).value_or(integrated), integrated};
-  }
   if (type == "Histogram") {
     m_Histogram::DensityArray bins;
     std::istringstream stream(fields[1]);
@@ -255,7 +244,7 @@ TEST(Moments, AgreeWithHighPrecisionReferences) {
     for (const Moments& found : momentsOf(fields)) expectAgreement(found, reference, row);
     ++rows[fields[0]];
   }
-  EXPECT_EQ(rows.size(), 12U);
+  EXPECT_EQ(rows.size(), 9U);  // Johnson curves have references of their own
   for (const auto& [type, count] : rows) EXPECT_GE(count, 20) << type;
 }
 
