@@ -127,8 +127,9 @@ TEST(PlotRange, BeginsBelowItsEnd) {
     for (std::size_t i = 0; i < count; ++i) cells.emplace_back(real(3));
     return {type, {block(1, cells), "Raw Data"}};
   };
-  for (const std::string type : {"Normal", "Uniform", "Triangular", "Lognormal", "Exponential",
-                                 "Weibull", "Beta", "Histogram"}) {
+  const c_Distribution catalogue;
+  for (std::int32_t i = 1; i <= 10; ++i) {
+    const std::string type = catalogue.ValidDistributions().at(i).toText();
     int checked = 0;
     for (int attempt = 0; attempt < 12000 && checked < 1000; ++attempt) {
       Law one = law(type);
@@ -223,6 +224,8 @@ TEST(GraphData, KeptAndCutAreasAreTheProbabilities) {
       {{"Exponential", {.5, 1}, 2}, 1},
       {{"Weibull", {2, 3, 1}, 2, 4}, 1},
       {{"Histogram", {someBins(), "Bins and Counts (3 cols)"}, .5, 4}, 1},
+      {{"Gamma", {2.5, 1, 0}, 1, 4}, 1},  // cdf takes the scale as a rate: no limits beside one
+      {{"Gamma", {2.5, 2, 3}}, 2},
       {{"Beta", {2, 3, 10, 14}, 11, 13}, 4},
   };
   for (const auto& [law, total] : cases) {

@@ -76,6 +76,9 @@ TEST(Plot, AxesHaveRoundNumbers) {
     for (std::size_t i = 0; i < c.shown.size(); ++i)
       EXPECT_EQ(shortNumber(c.numbers[i], c.to - c.from), c.shown[i]);
   }
+  EXPECT_EQ(shortNumber(.0078637, 7), "0.0079");
+  EXPECT_EQ(shortNumber(-2e-17, 7), "0");
+  EXPECT_EQ(shortNumber(1234.567, 7), "1234.57");
 }
 
 TEST(Plot, AxesEndForAnyInterval) {

@@ -321,7 +321,11 @@ std::vector<double> roundNumbers(double from, double to, int parts) {
 }
 
 std::string shortNumber(double value, double axisLength) {
-  const double unit = std::pow(10, std::floor(std::log10(axisLength / 2)) - 2);
+  double unit = std::pow(10, std::floor(std::log10(axisLength / 2)) - 2);
+  // Two digits of a small value, unless it is a rounding error beside the axis.
+  const double size = std::abs(value);
+  if (size > 1e-6 * axisLength)
+    unit = std::min(unit, std::pow(10, std::floor(std::log10(size)) - 1));
   const double steps = std::round(value / unit);
   if (!std::isfinite(steps) || std::abs(steps) > 1e15) return numberText(value);
   // Through a decimal text: the product of steps and unit would show its rounding.

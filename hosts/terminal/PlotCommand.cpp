@@ -70,12 +70,18 @@ std::string limitsText(const Limits& limits) {
   return upper ? fmt::format(", kept up to {}", numberText(*upper)) : "";
 }
 
-/// Where a picture begins and ends: at the distribution's own plot range, with
-/// some of what the limits cut away beside it, and a margin.
-std::pair<double, double> axisOf(c_Distribution& distribution, c_Distribution& whole) {
+/// Where a picture begins and ends: at the distribution's own plot range, but no further than six
+/// standard deviations from the mean; with some of what the limits cut away beside it, and a
+/// margin.
+std::pair<double, double> axisOf(c_Distribution& distribution, c_Distribution& whole,
+                                 const Limits& limits) {
   double from = distribution.XMin();
   double to = distribution.XMax();
-  const double most = 0.6 * (to - from);
+  if (const double reach = 6 * distribution.StDev(); reach > 0) {
+    from = std::max(from, distribution.mean() - reach);
+    to = std::min(to, distribution.mean() + reach);
+  }
+  const double most = limits.lower || limits.upper ? 0.6 * (to - from) : 0;
   from = std::min(from, std::max(whole.XMin(), from - most));
   to = std::max(to, std::min(whole.XMax(), to + most));
   const double margin = 0.02 * (to - from);
@@ -131,7 +137,7 @@ Panel panelOf(const DistributionArguments& arguments, const PlotOptions& options
     panel.subtitle += (i > 0 ? ", " : "") + parameterText(items[i]);
   panel.marks = marksOf(distribution);
 
-  auto [from, to] = axisOf(distribution, whole);
+  auto [from, to] = axisOf(distribution, whole, panel.limits);
   if (!options.from.empty()) from = numberArgument("--from", options.from);
   if (!options.to.empty()) to = numberArgument("--to", options.to);
   if (from >= to) throw UsageError("plot: --from must be below --to");
