@@ -24,11 +24,12 @@ struct Case {
   std::string name;
   std::string type;
   Parameters parameters;
+  bool density = true;  // false where a factor of the density overflows, which is an error
 
   [[nodiscard]] std::unique_ptr<c_Distribution> object(const Variant& lower = {},
                                                        const Variant& upper = {}) const;
   /// Where densities and probabilities are taken: the quantiles of `probabilities()`.
-  [[nodiscard]] Points arguments() const;
+  [[nodiscard]] const Points& arguments() const;
 };
 
 /// Every type, those with several algorithms inside more than once.

@@ -49,12 +49,12 @@ void add(const char* type, const char* who, Density density, Probability probabi
         benchmark::RegisterBenchmark(
             (what + "/" + one.name + "/" + who).c_str(), [=, &one](benchmark::State& state) {
               const Parameters p = one.parameters;
-              const Points points = atProbabilities ? probabilities() : one.arguments();
+              const Points& points = atProbabilities ? probabilities() : one.arguments();
               timeOver(state, points, [&](double at) { return function(at, p); });
             });
       }
     };
-    time("pdf", density, false);
+    if (one.density) time("pdf", density, false);
     time("cdf", probability, false);
     time("draw", quantile, true);
   }

@@ -18,11 +18,15 @@ std::string recordText(const Variant& limit) {
 }  // namespace
 
 double c_Distribution::pdf(double x, bool noTruncation, const Variant& priorX) try {
-  Limits limits;
-  if (!noTruncation) limits = Dynamic ? limitsFrom(LtlValue(), UtlValue()) : staticLimits_;
+  static const Limits none;
+  if (!Dynamic) {
+    if (family_ == nullptr) return 0;
+    return family_->density(kept_, x, noTruncation ? none : staticLimits_, priorX, Line::here());
+  }
+  const Limits limits = noTruncation ? none : limitsFrom(LtlValue(), UtlValue());
   if (family_ == nullptr) return 0;
   const Parameters p = currentParameters(family_->parametersRead);
-  return family_->density({p, fitted_, prepared()}, x, limits, priorX, Line::here());
+  return family_->density({p, fitted_}, x, limits, priorX, Line::here());
 } catch (RuntimeError& error) {
   addCall(error, "pdf", x);
   error.leave("c_Distribution.pdf");
@@ -31,8 +35,9 @@ double c_Distribution::pdf(double x, bool noTruncation, const Variant& priorX) t
 
 double c_Distribution::cdf(double x) try {
   if (family_ == nullptr) return 0;
+  if (!Dynamic) return family_->cumulative(kept_, x, Line::here());
   const Parameters p = currentParameters(family_->parametersRead);
-  return family_->cumulative({p, fitted_, prepared()}, x, Line::here());
+  return family_->cumulative({p, fitted_}, x, Line::here());
 } catch (RuntimeError& error) {
   addCall(error, "cdf", x);
   error.leave("c_Distribution.cdf");

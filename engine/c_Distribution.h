@@ -165,8 +165,6 @@ class c_Distribution {
   }
   /// The first `count` parameters, live or cached; the others are 0.
   [[nodiscard]] Parameters currentParameters(std::size_t count) const;
-  /// Where the family keeps what it prepares for the cached parameters; null for live ones.
-  [[nodiscard]] Prepared* prepared() { return Dynamic ? nullptr : &prepared_; }
   void dropPrepared() {
     prepared_ = {};
     band_.reset();
@@ -219,6 +217,7 @@ class c_Distribution {
   std::optional<Band> band_;  // what staticLimits_ keep; empty until a draw asks for it
   Prepared prepared_;         // for staticParams_
   Fitted fitted_;
+  // What evaluations hand to the family while Dynamic is false.
   const Values kept_{staticParams_, fitted_, &prepared_};
 
   double scaleFactor_ = 1;
