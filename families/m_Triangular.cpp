@@ -1,5 +1,6 @@
 #include "families/m_Triangular.h"
 
+#include <array>
 #include <cmath>
 
 namespace palvex::m_Triangular {
@@ -69,9 +70,11 @@ double TriangularINV(double p, double minimum, double likely, double maximum, Li
   if (p <= 0) return minimum;
   if (p > 1) return maximum;
   // An index in place of a branch: which side a draw falls on is not to be predicted.
-  const struct {
+  struct Side {
     double end, tail, width, sign;
-  } sides[]{{maximum, 1 - p, maximum - likely, -1}, {minimum, p, likely - minimum, 1}};
+  };
+  const std::array<Side, 2> sides{
+      {{maximum, 1 - p, maximum - likely, -1}, {minimum, p, likely - minimum, 1}}};
   const auto& side = sides[p <= shareBelowLikely ? 1 : 0];
   return side.end + side.sign * Sqr(width * side.tail * side.width);
 } catch (RuntimeError& error) {
