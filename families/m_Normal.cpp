@@ -200,7 +200,7 @@ namespace {
 /// `value`, wherever p may lie.
 [[gnu::noinline, gnu::flatten]] double trappedValue(double p, double mean, double sd,
                                                     const Band& band, Line caller) try {
-  if (sd == 0) return mean;
+  if (sd == 0) return checked(mean);
   return checked(NormalINV(band.probability(p), false) * sd + mean);
 } catch (RuntimeError& error) {
   error.leave("m_Normal.NormalVAL", caller);
