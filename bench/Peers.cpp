@@ -2,6 +2,7 @@
 // formula, Boost.Math in double precision, R's standalone library and GSL. All untruncated.
 
 #include <gsl/gsl_cdf.h>
+#include <gsl/gsl_errno.h>
 #include <gsl/gsl_randist.h>
 
 #include <boost/math/distributions/beta.hpp>
@@ -247,6 +248,7 @@ void addGSL() {
 }
 
 const bool registered = [] {
+  gsl_set_error_handler_off();  // by default it ends the process where an inverse fails to converge
   addRoutines();
   addBareFormulas();
   addBoostMath();

@@ -5,6 +5,7 @@
 namespace palvex {
 
 Boolean c_Distribution::IsRange(const Variant& v) noexcept {
+  if (!v.isObject()) return false;  // the usual case, decided without the cost of an exception
   try {
     const std::shared_ptr<Object> object = v.toObject();
     static_cast<void>(object->get("Application").toObject());
