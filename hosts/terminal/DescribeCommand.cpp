@@ -1,5 +1,7 @@
 #include <fmt/core.h>
 
+#include <cmath>
+
 #include "hosts/terminal/Arguments.h"
 #include "hosts/terminal/Commands.h"
 #include "hosts/terminal/Faults.h"
@@ -42,10 +44,11 @@ Table::Cell keptShare(const DescribeOptions& options) {
   double share = upper ? probability(*upper, true, unlimited) : 1;
   if (lower) share -= probability(*lower, false, unlimited);
   if (lower && upper && *lower > *upper) share += 1;
-  // A difference of probabilities has no more digits than this.
-  constexpr double smallest = 1e-9;
-  if (share < smallest) return fmt::format("less than {}", smallest);
-  return share;
+  // A difference of probabilities that are known by draws: those of a beta distribution have no
+  // more digits than this.
+  constexpr double decimals = 1e8;
+  if (share < 1 / decimals) return fmt::format("less than {}", 1 / decimals);
+  return std::round(share * decimals) / decimals;
 }
 
 Table described(c_Distribution& distribution, const DescribeOptions& options) {
@@ -55,8 +58,8 @@ Table described(c_Distribution& distribution, const DescribeOptions& options) {
   for (const auto& [name, given, value] : items) table.add({name, shownContent(value)});
   const Table::Cell share = keptShare(options);
   if (!std::holds_alternative<std::monostate>(share)) table.add({"Kept share", share});
-  table.add({"Mean of the draws", distribution.mean()});
-  table.add({"Std Dev of the draws", distribution.StDev()});
+  table.add({"Mean of the law", distribution.mean()});
+  table.add({"Std Dev of the law", distribution.StDev()});
   for (const int percent : {1, 5, 10, 25, 50, 75, 90, 95, 99}) {
     table.add({fmt::format("{} %", percent), distribution.RandVal(percent / 100.0)});
   }
@@ -69,9 +72,12 @@ void addDescribe(CLI::App& program) {
   CLI::App* command = program.add_subcommand(
       "describe", "Mean, standard deviation and percentiles of a distribution");
   command->footer(
-      "All is that of the distribution between its limits, the distribution of the draws; the "
-      "kept\n"
-      "share is the part of the whole distribution's probability that lies between the limits.\n\n"
+      "Mean and standard deviation are those of the law that the limits keep; the percentiles "
+      "are\n"
+      "its draws, which end where double precision can not tell probabilities apart (a normal "
+      "draw\n"
+      "8.3 standard deviations above the mean). The kept share is the part of the whole\n"
+      "distribution's probability that the limits keep, to 8 decimals.\n\n"
       "Examples:\n"
       "  palvex describe Normal 10 2 --ltl 8\n"
       "  palvex describe Triangular =B2 =C2 =D2 --sheet estimate.csv --json");

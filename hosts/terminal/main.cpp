@@ -57,6 +57,14 @@ void build(CLI::App& program, bool& trace) {
     add(program);
 }
 
+/// What is wrong with a command line that names none of the commands.
+std::string withoutCommand(const CLI::App& program) {
+  const std::vector<std::string> words = program.remaining();
+  return (words.empty() ? "a command is missing"
+                        : fmt::format("there is no command '{}'", words.front())) +
+         "; palvex --help lists them";
+}
+
 ExitCode run(int argc, char** argv) {
   bool trace = false;
   CLI::App program("Probability distributions: check, evaluate and draw from them.");
@@ -69,7 +77,8 @@ ExitCode run(int argc, char** argv) {
       program.exit(error);
       return ExitCode::good;
     }
-    return complain(ExitCode::usage, error.what());
+    const bool hasCommand = !program.get_subcommands().empty();
+    return complain(ExitCode::usage, hasCommand ? error.what() : withoutCommand(program));
   } catch (const UsageError& error) {
     return complain(ExitCode::usage, error.what());
   } catch (const SheetError& error) {
