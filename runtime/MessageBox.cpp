@@ -18,11 +18,11 @@ void setMessageBox(MessageBox box) {
   installed() = std::move(box);
 }
 
-void showMessage(std::string_view text) {
+void showMessage(const std::string& text) {
   if (installed()) {
     installed()(text);
   } else {
-    std::fprintf(stderr, "%.*s\n", static_cast<int>(text.size()), text.data());
+    std::fprintf(stderr, "%s\n", text.c_str());
   }
 }
 

@@ -1,18 +1,18 @@
 #pragma once
 
 #include <functional>
-#include <string_view>
+#include <string>
 
 namespace palvex {
 
 /// Shows a finished text to the user.
-using MessageBox = std::function<void(std::string_view text)>;
+using MessageBox = std::function<void(const std::string& text)>;
 
 /// Installs what shows a message, for the whole process; to be called before threads start.
 /// An empty function restores the default, which writes the text to standard error.
 void setMessageBox(MessageBox box);
 
 /// Shows `text` through the installed message box.
-void showMessage(std::string_view text);
+void showMessage(const std::string& text);
 
 }  // namespace palvex
