@@ -211,7 +211,7 @@ TEST(Beta, Density) {
   EXPECT_EQ(faultNumber([] { return BetaPDF(0, 2, 3, -1e308, 1e308, {}, {}); }), 6);
 }
 
-TEST(Beta, CumulativeWithItsSettledOddities) {
+TEST(Beta, CumulativeWithItsOddities) {
   const struct {
     double x, alpha, beta;
     bool upper;
