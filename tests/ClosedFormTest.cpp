@@ -283,14 +283,7 @@ TEST(ClosedForm, FaultsAreNumberedAndTraced) {
     const auto fault = faultOf(c.compute);
     ASSERT_TRUE(fault) << c.what;
     EXPECT_EQ(fault->number(), c.number) << c.what;
-    std::string routines;
-    std::istringstream source(fault->source());
-    for (std::string word; source >> word;) {
-      if (!word.starts_with("palvex.")) continue;
-      if (!routines.empty()) routines += ' ';
-      routines += word.substr(7);
-    }
-    EXPECT_EQ(routines, c.routines) << c.what;
+    EXPECT_EQ(routinesOf(*fault), c.routines) << c.what;
   }
   EXPECT_EQ(faultOf([] { return LognormalCDF(2, 0, 0, 1, false); })->description(),
             "Overflow\r\nlnCDF: (2,0,0,1,False)");

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <optional>
+#include <sstream>
+#include <string>
 
 #include "runtime/RuntimeError.h"
 
@@ -22,6 +24,18 @@ template <class Call>
 int faultNumber(Call&& call) {
   const auto fault = faultOf(call);
   return fault ? fault->number() : 0;
+}
+
+/// The routines in an error's trace, "module.routine" separated by blanks, the innermost first.
+inline std::string routinesOf(const RuntimeError& error) {
+  std::string routines;
+  std::istringstream source(error.source());
+  for (std::string word; source >> word;) {
+    if (!word.starts_with("palvex.")) continue;
+    if (!routines.empty()) routines += ' ';
+    routines += word.substr(7);
+  }
+  return routines;
 }
 
 }  // namespace palvex

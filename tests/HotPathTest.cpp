@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <new>
@@ -10,6 +11,7 @@
 
 #include "FakeRange.h"
 #include "engine/c_Distribution.h"
+#include "runtime/NumericText.h"
 
 namespace {
 std::size_t allocations = 0;
@@ -30,63 +32,69 @@ void operator delete(void* memory, std::size_t) noexcept {
 namespace palvex {
 namespace {
 
-void expectQuiet(const char* type, const Variant& third, const Variant& fourth) {
+struct Case {
+  const char* type;
+  std::shared_ptr<FakeRange> first;  // the first parameter
+  std::array<Variant, 3> others;
+  double low, high;  // limits well inside the support
+  int calls;         // of each member, with each kind of limits
+};
+
+void expectQuiet(const Case& c) {
+  const double low = c.low;
+  const double high = c.high;
   const struct {
     const char* what;
     Variant lower, upper;
-  } limits[] = {{"none", {}, {}},    {"lower", -1, {}},           {"both", -1, 2},
-                {"reversed", 2, -1}, {"numeric text", "-1", "2"}, {"infinity", "-Infinity", 2}};
+  } limits[] = {{"none", {}, {}},
+                {"lower", low, {}},
+                {"both", low, high},
+                {"reversed", high, low},
+                {"numeric text", numberText(low), numberText(high)},
+                {"infinity", "-Infinity", high}};
   for (const auto& [what, lower, upper] : limits) {
-    const auto mean = cell(0.5);
     const auto upperCell = cell(upper);
     c_Distribution d;
-    d.distType(type);
-    d.param1 = mean;
-    d.param2 = 2;
-    d.param3 = third;
-    d.param4 = fourth;
+    d.distType(c.type);
+    d.param1 = c.first;
+    d.param2 = c.others[0];
+    d.param3 = c.others[1];
+    d.param4 = c.others[2];
     d.ltl = lower;
     d.utl = upperCell;
     std::string cause;
-    ASSERT_TRUE(d.ParamsOK(cause)) << cause;
+    ASSERT_TRUE(d.ParamsOK(cause)) << c.type << ": " << cause;
 
     const std::size_t allocated = allocations;
-    const int reads = mean->reads + upperCell->reads;
+    const int reads = c.first->reads + upperCell->reads;
     double sum = 0;
-    for (int i = 0; i < 200'000; ++i) {
-      const double p = (i + 0.5) / 2e5;
-      sum += d.pdf(8 * p - 4) + d.cdf(8 * p - 4) + d.RandVal(p);
+    for (int i = 0; i < c.calls; ++i) {
+      const double p = (i + 0.5) / c.calls;
+      const double x = low + (high - low) * (1.2 * p - 0.1);
+      sum += d.pdf(x) + d.cdf(x) + d.RandVal(p);
     }
-    EXPECT_EQ(allocations - allocated, 0u) << what;
-    EXPECT_EQ(mean->reads + upperCell->reads, reads) << what;
-    EXPECT_TRUE(std::isfinite(sum));
+    EXPECT_EQ(allocations - allocated, 0u) << c.type << ", limits: " << what;
+    EXPECT_EQ(c.first->reads + upperCell->reads, reads) << c.type << ", limits: " << what;
+    EXPECT_TRUE(std::isfinite(sum)) << c.type << ", limits: " << what;
   }
 }
 
 TEST(HotPath, NoAllocationAndNoCallOfTheHost) {
-  expectQuiet("Normal", {}, {});
-  expectQuiet("Johnson", 0.5, 5);
-  expectQuiet("Johnson", 0.5, 2.5);
-}
-
-TEST(HotPath, PreparedShapesAllocateNothing) {
-  c_Distribution d;
-  d.distType("Beta");
-  d.param1 = 2.2;
-  d.param2 = 150;
-  d.param3 = 0;
-  d.param4 = 1;
-  d.utl = 0.5;
-  std::string cause;
-  ASSERT_TRUE(d.ParamsOK(cause)) << cause;
-  const std::size_t allocated = allocations;
-  double sum = 0;
-  for (int i = 0; i < 1000; ++i) {
-    const double p = (i + 0.5) / 1e3;
-    sum += d.pdf(p) + d.cdf(p) + d.RandVal(p);
-  }
-  EXPECT_EQ(allocations - allocated, 0u);
-  EXPECT_TRUE(std::isfinite(sum));
+  constexpr int some = 10'000;
+  const Case cases[] = {
+      {"Normal", cell(0.5), {2}, -1, 2, 1'000'000},
+      {"Uniform", cell(0), {8}, 1, 5, some},
+      {"Triangular", cell(0), {3, 8}, 1, 5, some},
+      {"Lognormal", cell(1), {0.5, 0}, 1, 5, some},
+      {"Exponential", cell(0.5), {0}, 1, 5, some},
+      {"Weibull", cell(2), {3, 0}, 1, 5, some},
+      {"Gamma", cell(2.5), {1, 0}, 1, 5, some},
+      {"Beta", cell(2.2), {150, 0, 1}, 0.01, 0.02, some},
+      {"Johnson", cell(0.5), {2, 0.5, 5}, -1, 2, some},
+      {"Johnson", cell(0.5), {2, 0.5, 2.5}, -1, 2, some},
+      {"Histogram", block(1, {0, 1, 1, 2, 3}), {"Raw Data"}, 0.5, 2, some},
+  };
+  for (const Case& c : cases) expectQuiet(c);
 }
 
 }  // namespace
