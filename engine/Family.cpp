@@ -336,9 +336,9 @@ const Family histogram{
     .parametersRead = 0,
     .fit = nullptr,
     .tabulate =
-        [](const Variant& range, const Variant& layout, Fitted& fitted) {
+        [](const Variant& range, const Variant& layout, Fitted& fitted, Line line) {
           auto& [density, table] = fitted.histogram;
-          return m_Histogram::CreateHistogramArrays(range, layout, density, table);
+          return m_Histogram::CreateHistogramArrays(range, layout, density, table, line);
         },
     .density =
         [](const Values& v, double x, const Limits& limits, const Variant& priorX, Line line) {
@@ -355,8 +355,8 @@ const Family histogram{
     .ignoresLimits = nullptr,
     .support =
         [](const Values& v) {
-          const auto& table = v.fitted.histogram.table;
-          return Support{m_Histogram::HistogramINV(0, table), m_Histogram::HistogramINV(1, table)};
+          const auto [first, last] = m_Histogram::ends(v.fitted.histogram.density);
+          return Support{first, last};
         },
     .keepsNothing =
         [](const Values& v, const Limits& limits) {

@@ -63,7 +63,8 @@ struct Family {
   std::string (*fit)(const std::array<double, 4>& p, Fitted& fitted, Line);
   /// For a family of worksheet data, in place of the parameters' checks: tabulates the data range
   /// of param1 in the layout of param2. Answers like `fit`. Null for the others.
-  std::string (*tabulate)(const Variant& param1, const Variant& param2, Fitted& fitted) = nullptr;
+  std::string (*tabulate)(const Variant& param1, const Variant& param2, Fitted& fitted,
+                          Line) = nullptr;
   double (*density)(const Values&, double x, const Limits&, const Variant& priorX, Line);
   /// The same density without limits in a form that never fails, for graphs; infinite at a pole.
   /// Null where `density` holds everywhere.

@@ -76,8 +76,12 @@ double c_Distribution::graphDensity(const Values& values, double x, const Limits
   if (limits.cut(x)) return 0;
   const Support support = family_->support(values);
   const bool atEnd = x == support.lower || x == support.upper;
-  if (atEnd && std::isinf(family_->stableDensity(values, x)))
-    x = x == support.lower ? x + halfStep : x - halfStep;
+  if (atEnd && std::isinf(family_->stableDensity(values, x))) {
+    // Half a step inside, but not beyond the middle and at least by one double.
+    const double inside = std::min(halfStep, (support.upper - support.lower) / 2);
+    x = x == support.lower ? std::max(x + inside, std::nextafter(x, infinity))
+                           : std::min(x - inside, std::nextafter(x, -infinity));
+  }
   try {
     return family_->density(values, x, {}, priorX, Line::here());
   } catch (const RuntimeError&) {

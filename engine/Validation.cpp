@@ -49,7 +49,7 @@ std::string c_Distribution::typeFault() {
   if (family_ == nullptr) return "Incorrect distribution type.";
   if (family_->tabulate != nullptr) {
     if (!IsRange(param1)) return "Please select the cells for the " + ParamName(1) + ".";
-    return family_->tabulate(Variant(param1), Variant(param2), fitted_);
+    return family_->tabulate(Variant(param1), Variant(param2), fitted_, Line::here());
   }
   for (std::size_t i = 0; i < static_cast<std::size_t>(NumParams()); ++i) {
     const Wording words = wording(family_->demands[i]);

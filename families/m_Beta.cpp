@@ -251,7 +251,7 @@ Band band(Shapes& shapes, double minimum, double maximum, const Limits& limits, 
 
 double value(double p, Shapes& shapes, double minimum, double maximum, const Band& band,
              Line caller) try {
-  if (ignoresLimits(p, shapes.alpha, shapes.beta, minimum, maximum)) return minimum;
+  if (ignoresLimits(p, shapes.alpha, shapes.beta, minimum, maximum)) return checked(minimum);
   const double u = BetaINV(band.probability(p), shapes, false).toDouble();
   return checked(checked(maximum - minimum) * u + minimum);
 } catch (RuntimeError& error) {

@@ -144,8 +144,10 @@ double value(double p, Shapes& shapes, double minimum, double maximum, const Ban
 inline double BetaVAL(double p, double alpha, double beta, double minimum, double maximum,
                       const Variant& ltl = Variant::missing(),
                       const Variant& utl = Variant::missing(), Line caller = Line::here()) {
-  if (ignoresLimits(p, alpha, beta, minimum, maximum)) return minimum;
   Shapes shapes(alpha, beta);
+  if (ignoresLimits(p, alpha, beta, minimum, maximum)) {
+    return value(p, shapes, minimum, maximum, Band{}, caller);
+  }
   const Band kept = band(shapes, minimum, maximum, limitsFrom(ltl, utl), caller);
   return value(p, shapes, minimum, maximum, kept, caller);
 }

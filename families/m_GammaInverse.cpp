@@ -197,9 +197,9 @@ void invert(const Given& given, double& x, double x0, double p, double q, std::i
     return;
   }
   const Shape& shape = prepared(given);
-  const Start start = x0 > 0  ? Start{x0, p > 0.5}
-                      : a < 1 ? smallShapeStart(shape, p, q)
-                              : largeShapeStart(a, p, q);
+  const Start start = x0 > 0 && std::isfinite(x0) ? Start{x0, p > 0.5}
+                      : a < 1                     ? smallShapeStart(shape, p, q)
+                                                  : largeShapeStart(a, p, q);
   x = start.x;
   ierr = start.failure != 0 ? start.failure : iterate(shape, x, p, q, start.byQ);
   if (ierr == -7) x = 0;

@@ -21,10 +21,19 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 /// A value; a value and its count; or a lower edge, an upper edge and a count.
 using Entry = std::array<double, 3>;
 
-/// How many cells make an entry of the layout; 0 for a text that is no layout.
+/// The configuration itself, or what the cell that it refers to holds.
+Variant layoutOf(const Variant& configuration) {
+  if (!configuration.isObject()) return configuration;
+  try {
+    return configuration.toObject()->get("Value");
+  } catch (const RuntimeError&) {
+    return {};  // an object that is no cell names no layout
+  }
+}
+
+/// How many cells make an entry of the layout; 0 for what is no layout.
 std::int32_t entryWidth(const Variant& configuration) {
-  const Variant text =
-      configuration.isObject() ? configuration.toObject()->get("Value") : configuration;
+  const Variant text = layoutOf(configuration);
   const auto* layout = std::find_if(layouts.begin(), layouts.end(),
                                     [&](std::string_view name) { return text == Variant(name); });
   return layout == layouts.end() ? 0 : static_cast<std::int32_t>(layout - layouts.begin() + 1);
@@ -310,7 +319,8 @@ double density(double x, const DensityArray& bins, const Limits& limits, const V
   if (prior >= x) return greatestDensity(bins, x, x);
 
   const auto& [lower, upper] = limits;
-  const double from = lower && *lower <= x ? std::max(prior, *lower) : prior;
+  const bool cuts = lower && *lower <= x && lower != upper;  // equal limits cut nothing
+  const double from = cuts ? std::max(prior, *lower) : prior;
   const double greatest = greatestDensity(bins, from, x);
   if (!limits.reversed() || *upper <= prior || *upper >= x) return greatest;
   return std::max(greatest, greatestDensity(bins, prior, *upper));
@@ -366,6 +376,15 @@ double value(double p, const Table& table, const Band& band, Line caller) try {
 } catch (RuntimeError& error) {
   error.leave("m_Histogram.HistogramVAL", caller);
   throw;
+}
+
+std::pair<double, double> ends(const DensityArray& bins) {
+  checkBuilt(bins.size() >= 3);
+  std::size_t first = 0;
+  std::size_t last = bins.size() / 3 - 1;
+  while (first < last && bins[3 * first + 2] == 0) ++first;
+  while (last > first && bins[3 * last + 2] == 0) --last;
+  return {bins[3 * first], bins[3 * last + 1]};
 }
 
 bool keepsNothing(const DensityArray& bins, const Limits& limits) {

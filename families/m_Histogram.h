@@ -3,6 +3,7 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "families/Moments.h"
@@ -71,6 +72,10 @@ Band band(const Table& table, const Limits& limits, Line caller = Line::here());
 /// The value at the position p of the kept band: second half of HistogramVAL. The only value of a
 /// point mass, whatever the limits.
 double value(double p, const Table& table, const Band& band, Line caller = Line::here());
+
+/// Where the distribution begins and ends: the outer edges of the outermost bins that hold
+/// anything. Adds no line to the trace.
+std::pair<double, double> ends(const DensityArray& bins);
 
 /// Whether the limits keep nothing but gaps and empty bins.
 bool keepsNothing(const DensityArray& bins, const Limits& limits);

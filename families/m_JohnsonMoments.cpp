@@ -227,6 +227,16 @@ Moments integratedMoments(const JohnsonParams& params, Curve curve, const Limits
     if (params.lambda < 0) result.mean = -result.mean;
     return result;
   }
+  if (curve == Curve::SB && params.gamma < 0) {
+    // Most of the law lies beside the upper end, which is a rounded sum. The mirrored curve has it
+    // beside its lower end, where distances are exact.
+    JohnsonParams mirror = params;
+    mirror.gamma = -params.gamma;
+    mirror.xi = -(params.xi + params.lambda);
+    Moments result = integratedMoments(mirror, curve, mirrored(limits));
+    result.mean = -result.mean;
+    return result;
+  }
   // Over the normal deviate, from the median where Z = 0.
   const auto& [gamma, delta, lambda, xi, name, code, message] = params;
   const double rate = 1 / delta;

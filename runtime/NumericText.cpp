@@ -1,5 +1,6 @@
 #include "runtime/NumericText.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -82,13 +83,20 @@ std::optional<std::string> plainDecimal(std::string_view text) {
   return plain;
 }
 
-/// The power of ten of the first digit that is not 0, roughly: enough to tell a decimal that is too
-/// small for a double from one that is too large.
+/// Whether a decimal beyond the range of doubles is too small rather than too large: the power of
+/// ten of its first digit that is not 0 is negative.
 bool isTiny(std::string_view plain) {
-  const std::size_t mark = plain.find('e');
+  const std::size_t mark = std::min(plain.find('e'), plain.size());
   const std::string_view mantissa = plain.substr(0, mark);
-  if (mark != std::string_view::npos) return plain[mark + 1] == '-';
-  return mantissa.find_first_not_of('0') >= mantissa.find('.');
+  const auto point = static_cast<long long>(std::min(mantissa.find('.'), mantissa.size()));
+  const auto digit = static_cast<long long>(mantissa.find_first_of("123456789"));
+  std::string_view exponentText = plain.substr(std::min(mark + 1, plain.size()));
+  if (exponentText.starts_with('+')) exponentText.remove_prefix(1);
+  int exponent = 0;
+  const auto fault =
+      std::from_chars(exponentText.data(), exponentText.data() + exponentText.size(), exponent).ec;
+  if (fault == std::errc::result_out_of_range) return exponentText.front() == '-';
+  return point - digit - (digit < point ? 1 : 0) + exponent < 0;
 }
 
 }  // namespace

@@ -211,6 +211,12 @@ TEST(Beta, Density) {
   EXPECT_EQ(faultNumber([] { return BetaPDF(0, 2, 3, -1e308, 1e308, {}, {}); }), 6);
 }
 
+TEST(Beta, NoValueWithoutAMinimum) {
+  using Double = std::numeric_limits<double>;
+  for (const double minimum : {Double::quiet_NaN(), Double::infinity(), -Double::infinity()})
+    EXPECT_EQ(faultNumber([&] { return BetaVAL(0.3, 2, 3, minimum, 1); }), fault::overflow);
+}
+
 TEST(Beta, CumulativeWithItsOddities) {
   const struct {
     double x, alpha, beta;

@@ -280,6 +280,8 @@ TEST(GraphData, HoldWhereADensityOverflowsOrHasAPole) {
        10,
        1 / M_PI / std::sqrt(.005 * .995),
        1 / M_PI / std::sqrt(.005 * .995)},
+      // Half a step is wider than the support: the density at its middle.
+      {{"Beta", {.5, .5, 0, 1}}, 0, 1000, 2 / M_PI, 0},
   };
   for (const auto& c : cases) {
     c_Distribution d;

@@ -54,8 +54,12 @@ TEST_F(HistogramObject, ParametersThatAreNoData) {
   d.param1 = data;
   d.param2 = cell("Bins and Counts (3 cols)");
   EXPECT_EQ(faultText(), "");
-  d.param2 = "bins and counts (3 cols)";
-  EXPECT_EQ(faultText(), "Unrecognized data configuration type");
+  for (const Variant& noLayout :
+       {Variant("bins and counts (3 cols)"), Variant{}, Variant(2),
+        Variant(std::make_shared<Object>()), Variant(std::shared_ptr<Object>())}) {
+    d.param2 = noLayout;
+    EXPECT_EQ(faultText(), "Unrecognized data configuration type");
+  }
 }
 
 TEST_F(HistogramObject, ChecksAndDrawsAskTheHostOnlyForWhatTheyNeed) {

@@ -243,6 +243,7 @@ TEST(Histogram, ThePriorPointKeepsNarrowBinsVisible) {
       {2, .5, 1.5, none, .125},                            // the spike is cut away
       {1.0, .5, none, 1.0, 50},    {2, .5, none, 1.5, 0},  // x is cut away
       {5, .5, 4.5, 1.5, 50},                               // reversed, the spike in the lower piece
+      {2, .5, 1.5, 1.5, 50},                               // equal limits cut nothing
       {5, 1.5, 4.5, 1.75, .125},   {5, 1.5, 4.5, 1.5, .0625},
       {7, .5, none, none, 0},  // outside the data
   };

@@ -52,6 +52,25 @@ TEST(JohnsonMoments, AgreeWithHighPrecisionReferences) {
   }
 }
 
+TEST(JohnsonMoments, BesideTheUpperEndOfABoundedCurve) {
+  // A long way from the lower end to a narrow law: the fit gives back what was asked for.
+  const struct {
+    double mean, sd, skewness, kurtosis;
+  } cases[] = {{0, 1, -2.3, 6.31}, {0, 1, 2.3, 6.31}, {393, 0.073, -2.55, 7.67}};
+  for (const auto& c : cases) {
+    JohnsonParams curve;
+    CalcJohnson(c.mean, c.sd, c.skewness, c.kurtosis, curve);
+    ASSERT_EQ(curve.typeName, "SB");
+    const Moments integrated = integratedMoments(curve, Curve::SB, {});
+    EXPECT_NEAR(integrated.mean, c.mean, 1e-4 * c.sd) << c.skewness;
+    EXPECT_NEAR(integrated.sd, c.sd, 1e-4 * c.sd) << c.skewness;
+    if (const auto closed = moments(curve, Curve::SB, {})) {
+      EXPECT_NEAR(integrated.mean, closed->mean, 1e-8 * c.sd) << c.skewness;
+      EXPECT_NEAR(integrated.sd, closed->sd, 1e-8 * c.sd) << c.skewness;
+    }
+  }
+}
+
 TEST(JohnsonMoments, OfANormalRecordAndOfNone) {
   const JohnsonParams normal{2, 0, 10, 0, "Normal", 4, ""};
   const Moments whole = moments(normal, Curve::normal, {}).value();

@@ -152,6 +152,15 @@ TEST(NumericText, DefaultRule) {
     EXPECT_EQ(defaultNumericText(text), value) << '"' << text << '"';
 }
 
+TEST(NumericText, BeyondTheRangeIsJudgedByTheWholeNumber) {
+  const std::string zeros(400, '0');
+  EXPECT_EQ(defaultNumericText("1" + zeros + "e-5"), std::nullopt);
+  EXPECT_EQ(defaultNumericText("0." + zeros + "1e+5"), 0);
+  EXPECT_EQ(defaultNumericText("0." + zeros + "1e+401"), 1);
+  EXPECT_EQ(defaultNumericText("1e-99999999999"), 0);
+  EXPECT_EQ(defaultNumericText("1e99999999999"), std::nullopt);
+}
+
 TEST(NumericText, AnInstalledRuleReplacesTheDefault) {
   setNumericTextRule([](std::string_view text) -> std::optional<double> {
     if (text == "two and a half") return 2.5;
