@@ -100,11 +100,14 @@ class c_Distribution {
   // Error 11 when the limits leave no probability in double precision, 5 for parameters that no
   // distribution has, 6 for a result beyond the double range.
 
-  /// The mean, by the family's closed form.
+  /// The mean, by the family's closed form; by integration where that would lose digits (a narrow
+  /// band, a far tail).
   double mean();
   /// The standard deviation; or, with a number xMean, sqrt(E (X - xMean)^2).
   double StDev(const Variant& xMean = Variant::missing());
-  /// The mean by numerical integration, an independent check of `mean`.
+  /// The mean by numerical integration, an independent check of `mean`. For extreme parameters (a
+  /// beta shape below 1e-9, a lognormal median below the smallest double, a lognormal scale above
+  /// 20 with far reversed limits) it may raise error 6 or 11 where `mean` still answers.
   double CalcMean();
   /// sqrt(E (X - mean)^2) by numerical integration: the standard deviation for the mean of
   /// CalcMean.
