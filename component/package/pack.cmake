@@ -8,8 +8,10 @@ file(REMOVE_RECURSE ${content} ${ARCHIVE})
 
 file(COPY ${DLL64} DESTINATION ${content}/win64)
 file(COPY ${DLL32} DESTINATION ${content}/win32)
-file(COPY ${source}/examples/vba/palvex.bas ${source}/docs/automation.md DESTINATION ${content})
+file(COPY ${source}/docs/automation.md ${source}/LICENSE DESTINATION ${content})
 set(PROJECT_VERSION ${VERSION})
+# The Visual Basic editor imports lines that end as on Windows.
+configure_file(${source}/examples/vba/palvex.bas ${content}/palvex.bas @ONLY NEWLINE_STYLE DOS)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/README.txt.in ${content}/README.txt @ONLY NEWLINE_STYLE DOS)
 foreach(script register.cmd unregister.cmd)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/${script} ${content}/${script} @ONLY NEWLINE_STYLE DOS)
