@@ -16,7 +16,7 @@ struct EvalOptions : ResultOptions, DistributionArguments {
   std::string steps = "10";
 };
 
-std::vector<double> points(const EvalOptions& options) {
+std::vector<double> positions(const EvalOptions& options) {
   std::vector<double> xs;
   for (const std::string& x : options.at) xs.push_back(numberArgument("--at", x));
   if (!options.from.empty()) {
@@ -60,7 +60,7 @@ void addEval(CLI::App& program) {
   to->type_name("B")->needs(from);
   options->ResultOptions::addTo(*command);
   command->callback([options] {
-    const std::vector<double> xs = points(*options);
+    const std::vector<double> xs = positions(*options);
     c_Distribution distribution;
     options->setChecked(distribution);
     Output output;
