@@ -7,8 +7,8 @@
 
 #include "hosts/terminal/Range.h"
 #include "hosts/terminal/Table.h"
-#include "hosts/terminal/Uniform.h"
 #include "hosts/terminal/Worksheet.h"
+#include "simulation/Uniform.h"
 
 namespace palvex::terminal {
 namespace {
@@ -175,12 +175,12 @@ TEST(Uniform, ComesFromPhilox) {
     EXPECT_EQ(Philox{}(counter, key), random);
   }
   // Two words of 32 bits, the second one the upper; the upper 52 bits of them count.
-  EXPECT_EQ(uniform(0, 0, 0), (0xe169c58d6627ep0 + 0.5) / 0x1p52);
-  EXPECT_EQ(uniform(0x299f31d0a4093822, 0x0370734413198a2e, 0x85a308d3243f6a88),
+  EXPECT_EQ(simulation::uniform(0, 0, 0), (0xe169c58d6627ep0 + 0.5) / 0x1p52);
+  EXPECT_EQ(simulation::uniform(0x299f31d0a4093822, 0x0370734413198a2e, 0x85a308d3243f6a88),
             (0x94fdccebd16cfp0 + 0.5) / 0x1p52);
 
-  EXPECT_EQ(openUnit(0), 0x1p-53);
-  EXPECT_EQ(openUnit(~std::uint64_t{0}), 1 - 0x1p-53);
+  EXPECT_EQ(simulation::openUnit(0), 0x1p-53);
+  EXPECT_EQ(simulation::openUnit(~std::uint64_t{0}), 1 - 0x1p-53);
 }
 
 TEST(Table, IsWrittenForPeopleAndForPrograms) {

@@ -6,7 +6,7 @@
 #include "hosts/terminal/Arguments.h"
 #include "hosts/terminal/Commands.h"
 #include "hosts/terminal/Output.h"
-#include "hosts/terminal/Uniform.h"
+#include "simulation/Uniform.h"
 
 namespace palvex::terminal {
 
@@ -50,7 +50,7 @@ void draw(const DrawOptions& options) {
   if (options.format == Format::json) output.write("[");
   fmt::memory_buffer text;
   for (std::uint64_t trial = 0; trial < count; ++trial) {
-    const double u = uniform(seed, 0, trial);
+    const double u = simulation::uniform(seed, 0, trial);
     append(text, options.format, trial, u, distribution.RandVal(u));
     if ((trial + 1) % blockSize == 0 || trial + 1 == count) {
       output.write({text.data(), text.size()});
