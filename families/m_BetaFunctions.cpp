@@ -38,17 +38,12 @@ double inverseGamma(double a) {
   return a * (1 + m_Gamma::gam1(a)) / product;
 }
 
-double algdiv(double a, double b) {
-  // x = b/(a + b) and c = a/(a + b), d = a + b - 1/2
-  const bool less = a <= b;
-  const double h = less ? a / b : b / a;
-  const double x = less ? 1 / (1 + h) : h / (1 + h);
-  const double c = less ? h / (1 + h) : 1 / (1 + h);
-  const double d = less ? b + (a - 0.5) : a + (b - 0.5);
-  const double w = stirlingDifference(b, x, c);
-  const double u = d * m_MathUtil::alnrel(a / b);
-  const double v = a * (std::log(b) - 1);
-  return u <= v ? (w - u) - v : (w - v) - u;
+double shiftRatio(double a, double b) {
+  const double h = a / b;
+  const double w = stirlingDifference(b, 1 / (1 + h), h / (1 + h));
+  // (b + a - 1/2) ln(1 + h) - a without the part of both that cancels
+  const double logarithm = (a - 0.5) * m_MathUtil::alnrel(h) - b * m_MathUtil::rlog1(h);
+  return std::exp(logarithm - w);
 }
 
 double bcorr(double a, double b) {

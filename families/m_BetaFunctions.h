@@ -8,8 +8,8 @@ namespace palvex::m_Beta {
 /// 1/gamma(a) for 0 < a < 16. Relative error 2e-15.
 double inverseGamma(double a);
 
-/// ln(gamma(b)/gamma(a + b)) for a > 0, b >= 8. Relative error 3e-16.
-double algdiv(double a, double b);
+/// gamma(a + b) / (gamma(b) b^a) for 0 < a <= b, b >= 8. Relative error 5e-16 for a up to 8.
+double shiftRatio(double a, double b);
 
 /// del(a) + del(b) - del(a + b) for a, b >= 8, where ln gamma(a) = (a - 1/2) ln a - a + ln(2 pi)/2
 /// + del(a). Relative error 7e-16.

@@ -45,9 +45,10 @@ Tails fromUpper(double w) {
 }
 
 /// a - (a + b) x, the distance from the mean, without cancellation in the smaller shape.
-double distance(double a, double b, double x, double y) {
-  if (!std::isfinite(a + b)) return a * y - b * x;
-  return a <= b ? a - (a + b) * x : (a + b) * y - b;
+/// @param sum  a + b
+double distance(double a, double b, Twofold sum, double x, double y) {
+  if (!std::isfinite(sum.hi)) return a * y - b * x;
+  return a <= b ? (a - sum.hi * x) - sum.lo * x : (sum.hi * y - b) + sum.lo * y;
 }
 
 /// The convergents A/B of 1/(b0 + a1/(b1 + ..)), by their recurrence.
@@ -197,10 +198,28 @@ Method& prepared(std::optional<Method>& method, Shapes... shapes) {
 
 // ---- x^a y^b / Beta(a, b) ----
 
+namespace {
+
+/// Up to this magnitude of the exponent, exp magnifies its rounding to 5e-15 at most.
+constexpr double smallExponent = 16;
+
+/// x as its complement y tells it, if y is the smaller one and so the one with all digits.
+Twofold withAllDigits(double x, double y) {
+  return x <= y ? Twofold{x} : complementOf(y, x);
+}
+
+/// scale x^a y^b; as a square, because a factor alone may leave the range of doubles.
+double scaledPowers(double scale, Twofold x, double a, Twofold y, double b) {
+  const double root = std::pow(x.hi, a / 2) * std::pow(y.hi, b / 2);
+  return scale * root * root * std::exp(logOfRest(x, a) + logOfRest(y, b));
+}
+
+}  // namespace
+
 BetaPower::BetaPower(double a, double b)
-    : a_(a), b_(b), inverseA_(1 / a), inverseB_(1 / b), aroundMean_(std::min(a, b) >= 8) {
+    : a_(a), b_(b), sum_(sumOf(a, b)), isAroundMean_(std::min(a, b) >= 8) {
   const auto [low, high] = std::minmax(a_, b_);
-  if (aroundMean_) {
+  if (isAroundMean_) {
     const double h = low / high;
     const double lowShare = h / (1 + h);
     const double highShare = 1 / (1 + h);
@@ -210,37 +229,56 @@ BetaPower::BetaPower(double a, double b)
   } else if (high < 8) {
     scale_ = inverseGamma(low) * (inverseGamma(high) / inverseGamma(low + high));
   } else {
-    scale_ = inverseGamma(low);
-    logScale_ = algdiv(low, high);
+    scale_ = inverseGamma(low) * shiftRatio(low, high);
+    base_ = high;
+    if (low <= 1) powerOfBase_ = std::pow(base_, low);
   }
 }
 
-double BetaPower::operator()(double x, double y, double lambda) const {
-  if (!aroundMean_) return scale_ * std::exp(exponent(x, y));
+double BetaPower::operator()(double x, double y) const {
+  if (isAroundMean_) return aroundMean(x, y);
+  const bool lowIsA = a_ <= b_;
+  const double low = lowIsA ? a_ : b_;
+  const double high = lowIsA ? b_ : a_;
+  const double u = (lowIsA ? x : y) * base_;
+  const double v = lowIsA ? y : x;
+  const double logU = low * std::log(u);
+  const double logV = high * logarithm(v, lowIsA ? x : y);
+  if (std::abs(logU) + std::abs(logV) <= smallExponent) return scale_ * std::exp(logU + logV);
+  return scaledPowers(scale_, {u}, low, withAllDigits(v, lowIsA ? x : y), high);
+}
+
+double BetaPower::aroundMean(double x, double y) const {
+  constexpr double nearMean = 4;
+  constexpr double representable = 700;
   const auto deviation = [](double relative, double at, double mean) {
     return std::abs(relative) <= 0.6 ? rlog1(relative) : relative - std::log(at / mean);
   };
-  const double u = deviation(-lambda * inverseA_, x, meanX_);
-  const double v = deviation(lambda * inverseB_, y, meanY_);
-  return scale_ * std::exp(-(a_ * u + b_ * v));
+  const double lambda = distance(a_, b_, sum_, x, y);
+  const double exponent = a_ * deviation(-lambda / a_, x, meanX_) +  //
+                          b_ * deviation(lambda / b_, y, meanY_);
+  if (!(exponent > nearMean) || std::abs(lambda) > representable ||
+      std::max(a_, b_) * precision > 1) {
+    return scale_ * std::exp(-exponent);
+  }
+  const Twofold u = quotientOf(productOf(withAllDigits(x, y), sum_), a_);
+  const Twofold v = quotientOf(productOf(withAllDigits(y, x), sum_), b_);
+  return scaledPowers(scale_, u, a_, v, b_);
 }
 
-double BetaPower::exponent(double x, double y) const {
-  return a_ * logarithm(x, y) + b_ * logarithm(y, x) - logScale_;
+double BetaPower::head(double x, double y, double shape) const {
+  const double scale = scale_ * powerOfBase_ / shape;
+  const double exponent = shape * logarithm(x, y);
+  if (std::abs(exponent) <= smallExponent) return scale * std::exp(exponent);
+  return scaledPowers(scale, withAllDigits(x, y), shape, {1}, 0);
 }
 
-double BetaPower::head(double x, double y) const {
-  return scale_ / a_ * std::exp(a_ * logarithm(x, y) - logScale_);
+double BetaPower::headX(double x, double y) const {
+  return head(x, y, a_);
 }
 
-double BetaPower::mirroredHead(double x, double y) const {
-  return scale_ / b_ * std::exp(b_ * logarithm(y, x) - logScale_);
-}
-
-double BetaPower::scaled(double x, double y, double factor) const {
-  const double logPower = exponent(x, y);
-  if (logPower > -700) return scale_ * std::exp(logPower) * factor;
-  return std::isfinite(factor) ? scale_ * std::exp(logPower + std::log(factor)) : 0;
+double BetaPower::headY(double x, double y) const {
+  return head(y, x, b_);
 }
 
 // ---- both shapes above 1 (bfrac) ----
@@ -285,9 +323,9 @@ double ContinuedFraction::operator()(double x, double lambda) {
 
 LargeShape::LargeShape(double a, double b)
     : b_(b),
-      nu_(a + 0.5 * (b - 1)),
+      nu_(sumOf(a, 0.5 * (b - 1))),
       inverseGamma_(inverseGamma(b)),
-      logScale_(algdiv(b, a) + b * std::log(nu_)) {}
+      scale_(inverseGamma_ * shiftRatio(b, a) * std::pow(a / nu_.hi, b)) {}
 
 double LargeShape::coefficient(std::size_t n) {
   static constexpr auto inverseFactorials = [] {
@@ -309,14 +347,21 @@ double LargeShape::coefficient(std::size_t n) {
   return d_[n];
 }
 
+double LargeShape::power(double x, double y, double lnx, double z) const {
+  if (z <= smallExponent) return std::exp(b_ * std::log(z) - z);
+  const Twofold base = withAllDigits(x, y);
+  return std::pow(z, b_) * std::pow(base.hi, nu_.hi) *
+         std::exp(logOfRest(base, nu_.hi) + nu_.lo * lnx);
+}
+
 double LargeShape::addedTo(double w, double x, double y) {
   const double lnx = y < precision ? -y : logarithm(x, y);  // not 0 for the smallest y
-  const double z = -nu_ * lnx;
+  const double z = -nu_.hi * lnx;
   if (!(z > 0)) return w;
-  const double u = inverseGamma_ * std::exp(b_ * std::log(z) - z - logScale_);
+  const double u = scale_ * power(x, y, lnx, z);
   if (!(u > 0)) return w;
 
-  const double v = 0.25 / (nu_ * nu_);
+  const double v = 0.25 / (nu_.hi * nu_.hi);
   const double t2 = 0.25 * lnx * lnx;
   const double l = w / u;
   double j = upperGamma(b_, z, inverseGamma_);
@@ -416,7 +461,7 @@ Tails IncompleteBeta::operator()(double x, double y) {
   if (high < 1e-3 * eps) return {b_ / (a_ + b_), a_ / (a_ + b_)};
 
   const bool small = std::min(a_, b_) <= 1;
-  const double lambda = small ? 0 : distance(a_, b_, x, y);
+  const double lambda = small ? 0 : distance(a_, b_, sum_, x, y);
   const bool mirrored = small ? x > 0.5 : lambda < 0;
   Side& side = sides_[mirrored ? 1 : 0];
   const double u = mirrored ? y : x;
@@ -432,10 +477,8 @@ Tails IncompleteBeta::smallShapes(Side& side, double x, double y) {
   if (a < std::min(eps, eps * b) && b * x <= 1) return fromUpper(seriesForTinyA(a, b, x));
 
   const BetaPower& power = prepared(side.power, a, b);
-  const auto series = [&] { return fromLower(powerSeries(power.head(x, y), a, b, x)); };
-  const auto mirroredSeries = [&] {
-    return fromUpper(powerSeries(power.mirroredHead(x, y), b, a, y));
-  };
+  const auto series = [&] { return fromLower(powerSeries(power.headX(x, y), a, b, x)); };
+  const auto mirroredSeries = [&] { return fromUpper(powerSeries(power.headY(x, y), b, a, y)); };
   if (std::max(a, b) <= 1) {
     if (a >= std::min(0.2, b) || std::pow(x, a) <= 0.9) return series();
     if (x >= 0.3) return mirroredSeries();
@@ -447,7 +490,7 @@ Tails IncompleteBeta::smallShapes(Side& side, double x, double y) {
   // I_y(b, a), whose first shape is made large by steps of 1 where it is not.
   if (b > 15) return fromUpper(prepared(side.large, b, a).addedTo(0, y, x));
   constexpr int steps = 20;
-  const double first = power.scaled(x, y, stepSum(b, a, y, x, steps)) / b;
+  const double first = power(x, y) * (stepSum(b, a, y, x, steps) / b);
   return fromUpper(prepared(side.large, b + steps, a).addedTo(first, y, x));
 }
 
@@ -456,7 +499,7 @@ Tails IncompleteBeta::largeShapes(Side& side, double x, double y, double lambda)
   const double b = side.b;
   const double low = std::min(a, b);
   if (low > 100 && lambda <= 0.03 * low) return fromLower(prepared(side.aroundMean, a, b)(lambda));
-  const double power = prepared(side.power, a, b)(x, y, lambda);
+  const double power = prepared(side.power, a, b)(x, y);
   if (power == 0) return {0, 1};
   return fromLower(power * prepared(side.fraction, a, b)(x, lambda));
 }

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 
+#include "numerics/Twofold.h"
 #include "numerics/m_MathUtil.h"
 
 namespace palvex::m_Gamma {
@@ -168,12 +169,24 @@ double temmeSum(const std::array<double, 14>& c, double z) {
   return even + odd * z;
 }
 
-/// a >= 30, x near a, y = a rlog(x/a).
-Ratio temme(const Shape& shape, double x, double y) {
+/// exp(-y) for y = a rlog(x/a), a >= 30.
+double bellAt(double a, double x, double y) {
+  constexpr double nearPeak = 4;
+  constexpr double representable = 700;
+  if (y <= nearPeak || std::abs(x - a) > representable) return std::exp(-y);
+  // (x/a)^a e^(a - x), because exp would magnify the rounding of a large y; as a square, because a
+  // factor alone may leave the range of doubles.
+  const Twofold base = quotientOf({x}, a);
+  const Twofold exponent = sumOf(a, -x);
+  const double root = std::pow(base.hi, a / 2) * std::exp(exponent.hi / 2);
+  return root * root * std::exp(logOfRest(base, a) + exponent.lo);
+}
+
+/// a >= 30, x near a, y = a rlog(x/a), bell = exp(-y).
+Ratio temme(const Shape& shape, double x, double y, double bell) {
   const double a = shape.a;
   const double root = std::sqrt(y);
   const double z = std::copysign(std::sqrt(2 * (y / a)), x - a);
-  const double bell = std::exp(-y);
   const double w = 0.5 * m_MathUtil::erfc1(1, root);
   const double t = inverseRootTwoPi * temmeSum(shape.temme, z) / std::sqrt(a);
   const double density = shape.factor * bell;
@@ -246,11 +259,12 @@ double reciprocalGamma(double a) {
 /// exp(-x) x^a / gamma(a) for a < 30, x > 0.
 double densityAt(const Shape& shape, double x) {
   const double a = shape.a;
-  if (x < 700 && !(a < 4 && x > 0.125 && x < 8)) {
-    // The power itself, because exp would magnify the rounding of a large logarithm.
-    return shape.factor * (std::exp(-x) * std::pow(x, a));
-  }
-  return shape.factor * std::exp(a * std::log(x) - x);
+  if (a < 4 && x > 0.125 && x < 8) return shape.factor * std::exp(a * std::log(x) - x);
+  // The power itself, because exp would magnify the rounding of a large logarithm.
+  if (x < 700) return shape.factor * (std::exp(-x) * std::pow(x, a));
+  if (x > 2000) return 0;
+  const double root = std::exp(-x / 2);
+  return shape.factor * (root * std::pow(x, a)) * root;
 }
 
 }  // namespace
@@ -281,8 +295,9 @@ Ratio ratioAt(const Shape& shape, double x) {
   if (a >= largeShape) {
     const double y = deviance(a, x);
     if (!(y < 700)) return limitRatio(a, x);
-    if (std::abs(x - a) <= temmeRange * a) return temme(shape, x, y);
-    density = shape.factor * std::exp(-y);
+    const double bell = bellAt(a, x, y);
+    if (std::abs(x - a) <= temmeRange * a) return temme(shape, x, y, bell);
+    density = shape.factor * bell;
   } else {
     if (a == 0.5) return oneHalf(x);
     if (a < 1 && x < 1.1) return smallShape(shape, x);

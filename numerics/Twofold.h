@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cmath>
+
+/// Numbers in two parts, for the few places where the rounding of one double would be magnified.
+namespace palvex {
+
+/// hi + lo, lo being no more than the rounding of hi.
+struct Twofold {
+  double hi;
+  double lo = 0;
+};
+
+/// a + b, exactly (D. E. Knuth, The Art of Computer Programming 2, 4.2.2).
+[[nodiscard]] inline Twofold sumOf(double a, double b) noexcept {
+  const double sum = a + b;
+  const double fromB = sum - a;
+  return {sum, (a - (sum - fromB)) + (b - fromB)};
+}
+
+/// x y to twice the precision of a double.
+[[nodiscard]] inline Twofold productOf(Twofold x, Twofold y) noexcept {
+  const double product = x.hi * y.hi;
+  return {product, std::fma(x.hi, y.hi, -product) + (x.hi * y.lo + x.lo * y.hi)};
+}
+
+/// x/y to twice the precision of a double.
+[[nodiscard]] inline Twofold quotientOf(Twofold x, double y) noexcept {
+  const double quotient = x.hi / y;
+  return {quotient, (std::fma(-quotient, y, x.hi) + x.lo) / y};
+}
+
+/// 1 - x for x in (0, 1), given with `rounded`, which is 1 - x but for its last digits.
+[[nodiscard]] inline Twofold complementOf(double x, double rounded) noexcept {
+  return {rounded, (1 - rounded) - x};
+}
+
+/// The relative change of x^a by the smaller part of x, as a logarithm.
+[[nodiscard]] inline double logOfRest(Twofold x, double a) noexcept {
+  return a * (x.lo / x.hi);
+}
+
+}  // namespace palvex
