@@ -3,8 +3,8 @@
 
 gratio.csv: a, x, P, Q, conditioning of P, conditioning of Q
 gaminv.csv: a, p, q, x, conditioning of x
-The conditioning is the larger of |v f'(v)/f| over the two arguments (for the inverse: over a and the smaller
-of p and q). Needs mpmath.
+The conditioning is |x f'(x)/f|; for the inverse, the larger of |v f'(v)/f| over a and the smaller of p and q.
+Needs mpmath.
 """
 import math
 import random
@@ -145,6 +145,18 @@ def borders():
             yield a, a * (1 + s)
 
 
+def far_tails(rng, count):
+    """Tails down to 1e-300 that are well conditioned all the same."""
+    yield 100, 0.25
+    yield 43.6077, 1.7348e-5
+    for i in range(count):
+        small = math.exp(rng.uniform(math.log(1e-3), math.log(110)))
+        large = math.exp(rng.uniform(math.log(20), math.log(1e6)))
+        yield from ((small, (small + 1) * 10 ** rng.uniform(max(-300 / small, -300), 0)),
+                    (large, large - rng.uniform(0, min(110, 0.999 * large))),
+                    (small, small + rng.uniform(0, 700)))[i % 3:i % 3 + 1]
+
+
 def quantile(a, tail, upper):
     """The x with this probability above it (below it), by bisection on its logarithm."""
     low, high = -650.0, math.log(a + 2000)
@@ -210,13 +222,13 @@ def main():
     for a, tail, upper in start_borders():
         for side in (1 - 1e-9, 1 + 1e-9):
             chosen.append((a, quantile(a, tail * side, upper)))
+    chosen += far_tails(rng, 450)
     with open("gratio.csv", "w") as ratios, open("gaminv.csv", "w") as inverses:
         for a, x in chosen:
             p, q, density, by_a = conditioning(a, x)
             if not fits(p, q):
                 continue
-            ratios.write(",".join([repr(a), repr(x), full(p), full(q), short(max(density, by_a) / p),
-                                   short(max(density, by_a) / q)]) + "\n")
+            ratios.write(",".join([repr(a), repr(x), full(p), full(q), short(density / p), short(density / q)]) + "\n")
             if min(p, q) < mpf(10) ** -290:
                 continue
             # The nearest doubles p and q with p + q = 1, and the x that belongs to them.
