@@ -319,6 +319,7 @@ STDMETHODIMP Distribution::get_XMax(VARIANT numSD, double* result) {
 STDMETHODIMP Distribution::ParamsOK(BSTR* errCause, VARIANT_BOOL* result) {
   if (errCause == nullptr) return E_POINTER;
   return answer(result, [&] {
+    SysFreeString(std::exchange(*errCause, nullptr));  // no text, also when the check itself fails
     std::string fault;
     const bool valid = engine_.ParamsOK(fault);
     Bstr text = bstr(fault);

@@ -23,10 +23,11 @@ double c_Distribution::pdf(double x, bool noTruncation, const Variant& priorX) t
     if (family_ == nullptr) return 0;
     return family_->density(kept_, x, noTruncation ? none : staticLimits_, priorX, Line::here());
   }
-  const Limits limits = noTruncation ? none : limitsFrom(LtlValue(), UtlValue());
-  if (family_ == nullptr) return 0;
-  const Parameters p = currentParameters(family_->parametersRead);
-  return family_->density({p, fitted_}, x, limits, priorX, Line::here());
+  const Family* const family = family_;  // a cell that answers may set another one
+  const Limits limits = noTruncation ? none : liveLimits();
+  if (family == nullptr) return 0;
+  const Parameters p = currentParameters(family->parametersRead);
+  return family->density({p, fitted_}, x, limits, priorX, Line::here());
 } catch (RuntimeError& error) {
   addCall(error, "pdf", x);
   error.leave("c_Distribution.pdf");
@@ -34,10 +35,11 @@ double c_Distribution::pdf(double x, bool noTruncation, const Variant& priorX) t
 }
 
 double c_Distribution::cdf(double x) try {
-  if (family_ == nullptr) return 0;
-  if (!Dynamic) return family_->cumulative(kept_, x, Line::here());
-  const Parameters p = currentParameters(family_->parametersRead);
-  return family_->cumulative({p, fitted_}, x, Line::here());
+  const Family* const family = family_;
+  if (family == nullptr) return 0;
+  if (!Dynamic) return family->cumulative(kept_, x, Line::here());
+  const Parameters p = currentParameters(family->parametersRead);
+  return family->cumulative({p, fitted_}, x, Line::here());
 } catch (RuntimeError& error) {
   addCall(error, "cdf", x);
   error.leave("c_Distribution.cdf");
@@ -53,30 +55,31 @@ double c_Distribution::keptValue(double rndP) try {
   throw;
 }
 
-double c_Distribution::firstValue(double rndP) {
+double c_Distribution::firstValue(double rndP, Line caller) {
   if (family_ == nullptr) return 0;
   if (family_->ignoresLimits != nullptr && family_->ignoresLimits(kept_, rndP)) {
-    return family_->value(kept_, Band{}, rndP, Line::here());
+    return family_->value(kept_, Band{}, rndP, caller);
   }
-  band_ = family_->band(kept_, staticLimits_, Line::here());
-  return family_->value(kept_, *band_, rndP, Line::here());
+  band_ = family_->band(kept_, staticLimits_, caller);
+  return family_->value(kept_, *band_, rndP, caller);
 }
 
 double c_Distribution::liveValue(double rndP) {
   Variant lower;
   Variant upper;
   try {
-    lower = LtlValue();
-    upper = UtlValue();
+    const Family* const family = family_;
+    lower = liveLimit(ltl);
+    upper = liveLimit(utl);
     const Limits limits = limitsFrom(lower, upper);
-    if (family_ == nullptr) return 0;
-    const Parameters p = currentParameters(family_->parametersRead);
+    if (family == nullptr) return 0;
+    const Parameters p = currentParameters(family->parametersRead);
     const Values values{p, fitted_};
     Band band;
-    if (family_->ignoresLimits == nullptr || !family_->ignoresLimits(values, rndP)) {
-      band = family_->band(values, limits, Line::here());
+    if (family->ignoresLimits == nullptr || !family->ignoresLimits(values, rndP)) {
+      band = family->band(values, limits, Line::here());
     }
-    return family_->value(values, band, rndP, Line::here());
+    return family->value(values, band, rndP, Line::here());
   } catch (RuntimeError& error) {
     addDraw(error, rndP, lower, upper);
     error.leave("c_Distribution.RandVal");

@@ -209,6 +209,8 @@ const Family weibull{
         },
     .stableDensity = [](const Values& v,
                         double x) { return m_Weibull::stableDensity(x, v.p[0], v.p[1], v.p[2]); },
+    .densityHolds = [](const Values& v,
+                       double x) { return m_Weibull::densityHolds(x, v.p[0], v.p[1], v.p[2]); },
     .cumulative = [](const Values& v, double x,
                      Line line) { return m_Weibull::WeibullCDF(x, v.p[0], v.p[1], v.p[2], line); },
     .band = [](const Values& v, const Limits& limits,
@@ -237,9 +239,11 @@ const Family gamma{
     .fit = nullptr,
     .density = [](const Values& v, double x, const Limits& limits, const Variant&,
                   Line line) { return m_Gamma::density(x, v.p[0], v.p[1], v.p[2], limits, line); },
-    // The scale serves as the rate, and a minimum turns the probability into that above x.
     .stableDensity = [](const Values& v,
                         double x) { return m_Gamma::stableDensity(x, v.p[0], v.p[1], v.p[2]); },
+    .densityHolds = [](const Values& v,
+                       double x) { return m_Gamma::densityHolds(x, v.p[0], v.p[1], v.p[2]); },
+    // The scale serves as the rate, and a minimum turns the probability into that above x.
     .cumulative =
         [](const Values& v, double x, Line line) {
           return m_Gamma::GammaCDF(x, v.p[0], v.p[1], v.p[2] != 0, line).toDouble(line);
@@ -293,6 +297,10 @@ const Family johnson{
     .stableDensity =
         [](const Values& v, double x) {
           return m_Johnson::stableDensity(x, v.fitted.johnson, v.fitted.curve);
+        },
+    .densityHolds =
+        [](const Values& v, double x) {
+          return m_Johnson::densityHolds(x, v.fitted.johnson, v.fitted.curve);
         },
     .cumulative =
         [](const Values& v, double x, Line line) {
@@ -387,6 +395,12 @@ const Family beta{
     .stableDensity =
         [](const Values& v, double x) {
           return m_Beta::stableDensity(x, v.p[0], v.p[1], v.p[2], v.p[3]);
+        },
+    .densityHolds =
+        [](const Values& v, double x) {
+          return withShapes<m_Beta::Shapes>(v, [&](m_Beta::Shapes& shapes) {
+            return m_Beta::densityHolds(x, shapes, v.p[2], v.p[3]);
+          });
         },
     .cumulative =
         [](const Values& v, double x, Line line) {

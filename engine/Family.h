@@ -69,6 +69,9 @@ struct Family {
   /// The same density without limits in a form that never fails, for graphs; infinite at a pole.
   /// Null where `density` holds everywhere.
   double (*stableDensity)(const Values&, double x) = nullptr;
+  /// Whether the terms of `density` stay in the range of doubles at x, so that it does not raise.
+  /// Null for a family whose terms leave it for absurd parameters only.
+  bool (*densityHolds)(const Values&, double x) = nullptr;
   double (*cumulative)(const Values&, double x, Line);
   /// The two halves of a draw: the kept band, and the value at position p of it.
   Band (*band)(const Values&, const Limits&, Line);

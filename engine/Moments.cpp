@@ -49,30 +49,31 @@ double c_Distribution::CalcStdev(double mean) {
 }
 
 Moments c_Distribution::keptMoments(Method method, Line caller) const try {
-  if (family_ == nullptr) return {0, 0};
+  const Family* const family = family_;  // a cell that answers may set another one
+  if (family == nullptr) return {0, 0};
   const Limits limits = currentLimits();
-  const Parameters p = currentParameters(family_->parametersRead);
-  return momentsOf({p, fitted_}, limits, method);
+  const Parameters p = currentParameters(family->parametersRead);
+  return momentsOf(*family, {p, fitted_}, limits, method);
 } catch (RuntimeError& error) {
   error.at(caller);
   throw;
 }
 
-Moments c_Distribution::momentsOf(const Values& values, const Limits& limits, Method method,
-                                  Line caller) const try {
+Moments c_Distribution::momentsOf(const Family& family, const Values& values, const Limits& limits,
+                                  Method method, Line caller) try {
   // Live parameters have not been validated.
-  for (std::size_t i = 0; i < family_->parametersRead; ++i) {
-    if (!meets(values.p[i], family_->demands[i])) raise(fault::invalidCall);
+  for (std::size_t i = 0; i < family.parametersRead; ++i) {
+    if (!meets(values.p[i], family.demands[i])) raise(fault::invalidCall);
   }
-  const Support support = family_->support(values);
+  const Support support = family.support(values);
   if (support.lower > support.upper) raise(fault::invalidCall);
   if (support.lower == support.upper) {
     if (limits.cut(support.lower)) raise(fault::divisionByZero);
     return {support.lower, 0};
   }
   std::optional<Moments> kept;
-  if (method == Method::closedForm) kept = family_->moments(values, limits);
-  if (!kept) kept = family_->integratedMoments(values, limits);
+  if (method == Method::closedForm) kept = family.moments(values, limits);
+  if (!kept) kept = family.integratedMoments(values, limits);
   return {checked(kept->mean), checked(kept->sd)};
 } catch (RuntimeError& error) {
   error.at(caller);

@@ -37,40 +37,47 @@ bool equalLimits(const Variant& lower, const Variant& upper) {
 
 bool c_Distribution::ParamsOK(std::string& errCause) try {
   errCause.clear();
-  errCause = typeFault();
-  if (errCause.empty()) errCause = limitsFault();
+  // A cell that answers may set another type: this check goes on with the one it began with.
+  const CatalogueEntry* const entry = entry_;
+  const Family* const family = family_;
+  errCause = typeFault(entry, family);
+  if (errCause.empty()) errCause = limitsFault(*family);
   return errCause.empty();
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.ParamsOK");
   throw;
 }
 
-std::string c_Distribution::typeFault() {
-  if (family_ == nullptr) return "Incorrect distribution type.";
-  if (family_->tabulate != nullptr) {
-    if (!IsRange(param1)) return "Please select the cells for the " + ParamName(1) + ".";
-    return family_->tabulate(Variant(param1), Variant(param2), fitted_, Line::here());
+std::string c_Distribution::typeFault(const CatalogueEntry* entry, const Family* family,
+                                      Line caller) {
+  if (family == nullptr) return "Incorrect distribution type.";
+  const auto name = [&](std::size_t i) { return std::string(entry->parameters[i]); };
+  if (family->tabulate != nullptr) {
+    if (!IsRange(param1)) return "Please select the cells for the " + name(0) + ".";
+    return family->tabulate(Variant(param1), Variant(param2), fitted_, caller);
   }
-  for (std::size_t i = 0; i < static_cast<std::size_t>(NumParams()); ++i) {
-    const Wording words = wording(family_->demands[i]);
+  for (std::size_t i = 0; i < static_cast<std::size_t>(entry->parameterCount()); ++i) {
+    const Wording words = wording(family->demands[i]);
     const Permission allowed{.negative = !words.forbidNegative, .zero = !words.forbidZero};
-    const std::string fault = BadParam(*parameters()[i], allowed);
-    if (!fault.empty()) {
-      return fault + ParamName(static_cast<std::int32_t>(i + 1)) + std::string(words.suffix);
-    }
+    const std::string fault = BadParam(*parameters()[i], allowed, caller);
+    if (!fault.empty()) return fault + name(i) + std::string(words.suffix);
   }
-  if (family_->fit == nullptr) return "";
-  SetStaticParams();
-  return family_->fit(staticParams_, fitted_, Line::here());
+  if (family->fit == nullptr) return "";
+  SetStaticParams(*family, caller);
+  return family->fit(staticParams_, fitted_, caller);
 }
 
-std::string c_Distribution::limitsFault() {
-  SetStaticParams();
-  if (const auto fault = BadParam(ltl, {.infinity = true}); !fault.empty()) return fault + "LTL.";
-  if (const auto fault = BadParam(utl, {.infinity = true}); !fault.empty()) return fault + "UTL.";
-  SetStaticLimits();
+std::string c_Distribution::limitsFault(const Family& family, Line caller) {
+  SetStaticParams(family, caller);
+  const auto fault = [&](const Variant& limit) {
+    return BadParam(limit, {.infinity = true}, caller);
+  };
+  if (const std::string about = fault(ltl); !about.empty()) return about + "LTL.";
+  if (const std::string about = fault(utl); !about.empty()) return about + "UTL.";
+  SetStaticLimits(caller);
   if (equalLimits(staticLtl_, staticUtl_)) return "LTL value can not be equal to UTL value.";
-  if (AllTruncated()) return "Truncation limits exclude all distribution values.  Please adjust.";
+  if (AllTruncated(family, caller))
+    return "Truncation limits exclude all distribution values.  Please adjust.";
   return "";
 }
 
@@ -109,10 +116,10 @@ Boolean c_Distribution::CellValueError(Object& range) noexcept {
   }
 }
 
-bool c_Distribution::AllTruncated(Line caller) const try {
+bool c_Distribution::AllTruncated(const Family& family, Line caller) const try {
   enum class Place { belowMin, inMiddle, aboveMax };
   const Values values{staticParams_, fitted_};
-  const Support support = family_->support(values);
+  const Support support = family.support(values);
   const auto place = [&](double limit) {
     if (support.lowerIncluded ? limit < support.lower : limit <= support.lower)
       return Place::belowMin;
@@ -125,7 +132,7 @@ bool c_Distribution::AllTruncated(Line caller) const try {
   const bool upperBelowMin = upper && place(*upper) == Place::belowMin;
   if (staticLimits_.reversed()) return lowerAboveMax && upperBelowMin;
   return lowerAboveMax || upperBelowMin ||
-         (family_->keepsNothing != nullptr && family_->keepsNothing(values, staticLimits_));
+         (family.keepsNothing != nullptr && family.keepsNothing(values, staticLimits_));
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.AllTruncated", caller);
   throw;

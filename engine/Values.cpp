@@ -17,44 +17,58 @@ Boolean c_Distribution::IsRange(const Variant& v) noexcept {
   }
 }
 
-double c_Distribution::liveParameter(const Variant& parameter) {
+double c_Distribution::liveParameter(const Variant& parameter, Line caller) {
   if (parameter.isNumeric()) return parameter.toDouble();
-  if (IsRange(parameter)) {
-    const Variant cell = parameter.toObject()->get("Value");
+  const Variant held = parameter;  // the host may change its own while it answers
+  if (IsRange(held)) {
+    const Variant cell = held.toObject(caller)->get("Value", {}, caller);
     if (cell.isNumeric()) return cell.toDouble();
   }
   return 0;
 }
 
-Variant c_Distribution::liveLimit(const Variant& limit) {
-  return IsRange(limit) ? limit.toObject()->get("Value") : limit;
+Variant c_Distribution::liveLimit(const Variant& limit, Line caller) {
+  Variant held = limit;
+  return IsRange(held) ? held.toObject(caller)->get("Value", {}, caller) : held;
 }
 
-c_Distribution::Parameters c_Distribution::currentParameters(std::size_t count) const {
+c_Distribution::Parameters c_Distribution::currentParameters(std::size_t count, Line caller) const {
   if (!Dynamic) return staticParams_;
   Parameters values{};
-  for (std::size_t i = 0; i < count; ++i) values[i] = liveParameter(*parameters()[i]);
+  for (std::size_t i = 0; i < count; ++i) values[i] = liveParameter(*parameters()[i], caller);
   return values;
 }
 
-void c_Distribution::SetStaticParams(Line caller) try {
+void c_Distribution::setStaticParam(std::size_t i, double value) {
+  staticParams_[i] = value;
   dropPrepared();
-  if (distType() == "Histogram") return;  // its parameters are a data range and a layout
+}
+
+void c_Distribution::SetStaticParams(const Family& family, Line caller) try {
+  dropPrepared();
+  if (family.tabulate != nullptr) return;  // its parameters are a data range and a layout
   for (std::size_t i = 0; i < staticParams_.size(); ++i) {
-    staticParams_[i] = 0;
-    staticParams_[i] = liveParameter(*parameters()[i]);
+    setStaticParam(i, 0);
+    setStaticParam(i, liveParameter(*parameters()[i]));
   }
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.SetStaticParams", caller);
   throw;
 }
 
-void c_Distribution::SetStaticLimits() {
-  band_.reset();
-  staticLtl_ = liveLimit(ltl);
-  staticLimits_ = limitsFrom(staticLtl_, staticUtl_);  // should reading the other limit fail
-  staticUtl_ = liveLimit(utl);
-  staticLimits_ = limitsFrom(staticLtl_, staticUtl_);
+Limits c_Distribution::liveLimits(Line caller) const {
+  const Variant lower = liveLimit(ltl, caller);
+  return limitsFrom(lower, liveLimit(utl, caller));
+}
+
+void c_Distribution::SetStaticLimits(Line caller) {
+  const auto set = [&](Variant& staticLimit, const Variant& limit) {
+    staticLimit = liveLimit(limit, caller);
+    staticLimits_ = limitsFrom(staticLtl_, staticUtl_);
+    band_.reset();
+  };
+  set(staticLtl_, ltl);
+  set(staticUtl_, utl);
 }
 
 }  // namespace palvex

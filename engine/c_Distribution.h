@@ -161,29 +161,30 @@ class c_Distribution {
 
   // Values of parameters and limits (Values.cpp).
   static Boolean IsRange(const Variant& v) noexcept;
-  static double liveParameter(const Variant& parameter);
-  static Variant liveLimit(const Variant& limit);
+  static double liveParameter(const Variant& parameter, Line caller = Line::here());
+  static Variant liveLimit(const Variant& limit, Line caller = Line::here());
   [[nodiscard]] std::array<const Variant*, 4> parameters() const {
     return {&param1, &param2, &param3, &param4};
   }
   /// The first `count` parameters, live or cached; the others are 0.
-  [[nodiscard]] Parameters currentParameters(std::size_t count) const;
+  [[nodiscard]] Parameters currentParameters(std::size_t count, Line caller = Line::here()) const;
   void dropPrepared() {
     prepared_ = {};
     band_.reset();
   }
-  [[nodiscard]] Variant LtlValue() const { return Dynamic ? liveLimit(ltl) : staticLtl_; }
-  [[nodiscard]] Variant UtlValue() const { return Dynamic ? liveLimit(utl) : staticUtl_; }
-  void SetStaticParams(Line caller = Line::here());
-  void SetStaticLimits();
+  void setStaticParam(std::size_t i, double value);
+  void SetStaticParams(const Family& family, Line caller = Line::here());
+  void SetStaticLimits(Line caller = Line::here());
 
-  [[nodiscard]] Limits currentLimits() const {
-    return Dynamic ? limitsFrom(LtlValue(), UtlValue()) : staticLimits_;
+  [[nodiscard]] Limits liveLimits(Line caller = Line::here()) const;
+  [[nodiscard]] Limits currentLimits(Line caller = Line::here()) const {
+    return Dynamic ? liveLimits(caller) : staticLimits_;
   }
 
   // Evaluation (Evaluation.cpp).
   double keptValue(double rndP);
-  double firstValue(double rndP);  // works out the band that later draws use
+  /// The draw that works out the band that later ones use.
+  double firstValue(double rndP, Line caller = Line::here());
   double liveValue(double rndP);
   [[nodiscard]] std::string parameterRecord(std::size_t count) const;
   void addCall(RuntimeError& error, std::string_view member, double argument) const;
@@ -192,23 +193,23 @@ class c_Distribution {
   // Moments (Moments.cpp).
   enum class Method { closedForm, integration };
   [[nodiscard]] Moments keptMoments(Method method, Line caller = Line::here()) const;
-  [[nodiscard]] Moments momentsOf(const Values& values, const Limits& limits, Method method,
-                                  Line caller = Line::here()) const;
+  [[nodiscard]] static Moments momentsOf(const Family& family, const Values& values,
+                                         const Limits& limits, Method method,
+                                         Line caller = Line::here());
 
   // Graph (Graph.cpp).
   static constexpr double defaultNumSD = 4;
-  [[nodiscard]] std::pair<double, double> plotRange(double numSD) const;
-  [[nodiscard]] double graphDensity(const Values& values, double x, const Limits& limits,
-                                    const Variant& priorX, double halfStep) const;
+  [[nodiscard]] std::pair<double, double> plotRange(double numSD, Line caller = Line::here()) const;
 
   // Validation (Validation.cpp).
-  std::string typeFault();
-  std::string limitsFault();
+  std::string typeFault(const CatalogueEntry* entry, const Family* family,
+                        Line caller = Line::here());
+  std::string limitsFault(const Family& family, Line caller = Line::here());
   /// The first words about a parameter or limit that is bad, "" for a good one. A copy is judged:
   /// the host may change its own while it answers.
   static std::string BadParam(Variant param, const Permission& allowed, Line caller = Line::here());
   static Boolean CellValueError(Object& range) noexcept;
-  [[nodiscard]] bool AllTruncated(Line caller = Line::here()) const;
+  [[nodiscard]] bool AllTruncated(const Family& family, Line caller = Line::here()) const;
 
   const CatalogueEntry* entry_ = nullptr;
   const Family* family_ = nullptr;

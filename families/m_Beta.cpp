@@ -28,6 +28,17 @@ double tailProbability(double x, Shapes& shapes, bool upper, std::int16_t& statu
   return upper ? tails.upper : tails.lower;
 }
 
+/// 1/Beta(alpha, beta), infinite where it overflows.
+double densityFactor(Shapes& shapes, Line line = Line::here()) {
+  if (!shapes.densityFactor) {
+    const double alpha = shapes.alpha;
+    const double beta = shapes.beta;
+    shapes.densityFactor = std::exp(m_Gamma::gamln(alpha + beta, line) -
+                                    m_Gamma::gamln(alpha, line) - m_Gamma::gamln(beta, line));
+  }
+  return *shapes.densityFactor;
+}
+
 /// Adds `factor` times a tail of the incomplete beta ratio at x = 1 - y, negative for the upper
 /// one.
 void addTail(PartialMoments& moments, int order, IncompleteBeta& ratio, double x, double y,
@@ -56,12 +67,9 @@ double logDensity(double t, double a, double b, double p, double q) {
 }  // namespace
 
 double StdBetaPDF(double u, Shapes& shapes, Line caller) try {
-  const auto& [alpha, beta, ratio, factor] = shapes;
-  if (!factor) {
-    shapes.densityFactor =
-        Exp(m_Gamma::gamln(alpha + beta) - m_Gamma::gamln(alpha) - m_Gamma::gamln(beta));
-  }
-  return checked(*factor * Power(u, alpha - 1) * Power(1 - u, beta - 1));
+  const double factor = checked(densityFactor(shapes));
+  const double power = Power(u, shapes.alpha - 1);
+  return checked(factor * power * Power(1 - u, shapes.beta - 1));
 } catch (RuntimeError& error) {
   error.leave("m_Beta.StdBetaPDF", caller);
   throw;
@@ -75,6 +83,14 @@ double density(double x, Shapes& shapes, double minimum, double maximum, const L
 } catch (RuntimeError& error) {
   error.leave("m_Beta.BetaPDF", caller);
   throw;
+}
+
+bool densityHolds(double x, Shapes& shapes, double minimum, double maximum) {
+  if (!(shapes.alpha > 0 && shapes.beta > 0 && maximum > minimum)) return true;
+  if (x < minimum || x > maximum) return true;
+  const double u = (x - minimum) / (maximum - minimum);
+  return std::isfinite(densityFactor(shapes) * std::pow(u, shapes.alpha - 1) *
+                       std::pow(1 - u, shapes.beta - 1));
 }
 
 double stableDensity(double x, double alpha, double beta, double minimum, double maximum) {

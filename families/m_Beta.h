@@ -24,7 +24,7 @@ struct Shapes {
   double alpha;  // > 0
   double beta;   // > 0
   IncompleteBeta ratio;
-  std::optional<double> densityFactor;  // 1/Beta(alpha, beta)
+  std::optional<double> densityFactor;  // 1/Beta(alpha, beta), infinite where it overflows
 };
 
 // ---- density ----
@@ -42,6 +42,9 @@ inline double StdBetaPDF(double u, double alpha, double beta, Line caller = Line
 /// maximum - minimum, and not rescaled by the kept probability.
 double density(double x, Shapes& shapes, double minimum, double maximum, const Limits& limits,
                Line caller = Line::here());
+
+/// Whether the terms of the untruncated density at x stay in the range of doubles.
+bool densityHolds(double x, Shapes& shapes, double minimum, double maximum);
 
 /// The density without limits, from logarithms: it holds where the terms of `density` leave the
 /// range of doubles. Infinite at an end whose shape is < 1.

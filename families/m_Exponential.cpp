@@ -55,7 +55,7 @@ double stableDensity(double x, double lambda, double minimum) noexcept {
 double ExponentialCDF(double x, double lambda, double minimum, Line caller) try {
   refuseNaN(x);
   if (!(lambda > 0 && x >= minimum)) return 0;
-  return -std::expm1(checked(-lambda * (x - minimum)));
+  return 1 - std::exp(checked(-lambda * (x - minimum)));
 } catch (RuntimeError& error) {
   error.leave("m_Exponential.ExponentialCDF", caller);
   throw;
@@ -64,8 +64,8 @@ double ExponentialCDF(double x, double lambda, double minimum, Line caller) try 
 double ExponentialINV(double p, double lambda, double minimum, Line caller) try {
   refuseNaN(p);
   if (!(lambda > 0 && p > 0)) return 0;
-  if (p >= 1) raise(fault::invalidCall);
-  return checked(std::log1p(-p) * checked(-1 / lambda) + minimum);
+  const double logTail = Log(1 - p);
+  return checked(logTail * checked(-1 / lambda) + minimum);
 } catch (RuntimeError& error) {
   error.leave("m_Exponential.ExponentialINV", caller);
   throw;

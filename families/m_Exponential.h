@@ -18,12 +18,12 @@ double density(double x, double lambda, double minimum, const Limits& limits,
 /// leave the range of doubles. Infinite at a pole; raises nothing.
 double stableDensity(double x, double lambda, double minimum) noexcept;
 
-/// Probability of a value up to x, in [0, 1], small ones with their relative accuracy; 0 for a rate
-/// <= 0.
+/// Probability of a value up to x: 1 - exp(-lambda (x - minimum)) as it is written, so with the
+/// absolute error 1e-16, and 0 where it is smaller; 0 for a rate <= 0.
 double ExponentialCDF(double x, double lambda, double minimum, Line caller = Line::here());
 
-/// The x with probability p below it. 0 (not the minimum) for p <= 0 and for a rate <= 0; error 5
-/// for p >= 1.
+/// The x with probability p below it, from ln(1 - p) as it is written. 0 (not the minimum) for p <=
+/// 0 and for a rate <= 0; error 5 for p >= 1.
 double ExponentialINV(double p, double lambda, double minimum, Line caller = Line::here());
 
 /// Whether the value at p is the minimum whatever the limits, which then are not consulted.

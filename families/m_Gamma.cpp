@@ -179,6 +179,13 @@ double density(double x, double shape, double scale, double location, const Limi
   throw;
 }
 
+bool densityHolds(double x, double shape, double scale, double location) noexcept {
+  if (!(shape > 0 && scale > 0 && x > location)) return true;
+  const double z = (x - location) / scale;
+  const double product = std::pow(z, shape - 1) * std::exp(-z);
+  return product > 0 && std::isfinite(product);
+}
+
 double stableDensity(double x, double shape, double scale, double location) {
   if (!(shape > 0 && scale > 0 && x >= location)) return 0;
   const double z = (x - location) / scale;

@@ -36,7 +36,8 @@ double gamln1(double a, Line caller = Line::here());
 double gam1(double a, Line caller = Line::here());
 
 /// exp(-x) x^a / gamma(a) for a > 0, x > 0; 0 for a >= 20 when x/a underflows.
-/// Relative error 6e-15 plus 2.3e-16 times a |ln x| + x for a < 20, and times a rlog(x/a) beyond.
+/// Relative error 6e-15 plus 2.3e-16 times a |ln x| + x for a < 20, and times a rlog(x/a) + |x - a|
+/// beyond: x/a is rounded.
 double rcomp(double a, double x, Line caller = Line::here());
 
 // The incomplete gamma ratios and their inverse: Algorithm 654 as well; theory in A. R. DiDonato,
@@ -117,6 +118,9 @@ std::string_view failureText(std::int16_t ierr);
 /// shape or scale <= 0. Error 5 where z^(shape - 1) exp(-z) underflows, 6 where a factor overflows.
 double density(double x, double shape, double scale, double location, const Limits& limits,
                Line caller = Line::here());
+
+/// Whether the terms of the untruncated density at x stay in the range of doubles.
+bool densityHolds(double x, double shape, double scale, double location) noexcept;
 
 /// The density without limits, by `rcomp`: it holds where the terms of `density` leave the range of
 /// doubles. Infinite at the location for a shape < 1.

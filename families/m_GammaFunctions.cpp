@@ -182,10 +182,9 @@ double rcomp(double a, double x, Line caller) try {
   }
   const double u = x / a;
   if (u == 0) return 0;
-  if (u < 0) raise(fault::invalidCall);
   const double t = (1 / a) * (1 / a);
   const double correction = (((0.75 * t - 1) * t + 3.5) * t - 105) / (a * 1260);
-  const double logarithm = correction - checked(deviance(a, x));
+  const double logarithm = correction - checked(a * m_MathUtil::rlog(u));
   return inverseRootTwoPi * std::sqrt(a) * std::exp(logarithm);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.rcomp", caller);

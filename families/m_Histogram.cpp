@@ -368,7 +368,11 @@ Band band(const Table& table, const Limits& limits, Line caller) try {
 }
 
 double value(double p, const Table& table, const Band& band, Line caller) try {
-  const double q = band.probability(p);
+  // Rounded, a probability may end up beyond the piece that the limits keep, and in a gap the
+  // smallest step beyond leads to its other side.
+  const double position = std::clamp(p, 0.0, 1.0);
+  const double end = band.wrapped && position > band.split ? 1 : band.upper;
+  const double q = std::min(band.probability(position), end);
   // The band may begin in a gap, whose left end the limits have cut away: its first value is the
   // gap's right end.
   return q == band.lower && q < 1 ? valueInBin(table, binBeyond(table, q), q)

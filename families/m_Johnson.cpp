@@ -67,6 +67,12 @@ double untruncatedDensity(double x, const JohnsonParams& params, Curve curve, Li
   throw;
 }
 
+bool densityHolds(double x, const JohnsonParams& params, Curve curve) noexcept {
+  if (curve != Curve::SU) return true;
+  const double u = (x - params.xi) / params.lambda;
+  return u + std::sqrt(u * u + 1) > 0;
+}
+
 double stableDensity(double x, const JohnsonParams& params, Curve curve) noexcept {
   const double gamma = params.gamma;
   const double delta = params.delta;

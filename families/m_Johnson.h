@@ -96,6 +96,10 @@ double density(double x, const JohnsonParams& params, Curve curve, const Limits&
 double untruncatedDensity(double x, const JohnsonParams& params, Curve curve,
                           Line caller = Line::here());
 
+/// Whether the logarithm of the SU density's deviate at x is defined: far below xi the sum that it
+/// is taken of rounds to 0.
+bool densityHolds(double x, const JohnsonParams& params, Curve curve) noexcept;
+
 /// The density without limits, from logarithms and ratios: it holds where the terms of `density`
 /// leave the range of doubles. Infinite at a pole; raises nothing.
 double stableDensity(double x, const JohnsonParams& params, Curve curve) noexcept;

@@ -25,6 +25,13 @@ double density(double x, double shape, double scale, double minimum, const Limit
   throw;
 }
 
+bool densityHolds(double x, double shape, double scale, double minimum) noexcept {
+  if (!(shape > 0 && scale > 0 && x > minimum)) return true;
+  const double z = (x - minimum) / scale;
+  return std::isfinite(std::pow(z, shape)) &&
+         std::isfinite(std::pow(z, shape - 1) * (shape / scale));
+}
+
 double stableDensity(double x, double shape, double scale, double minimum) noexcept {
   if (!(shape > 0 && scale > 0 && x >= minimum)) return 0;
   if (shape == 1) return std::exp(-(x - minimum) / scale) / scale;
@@ -37,7 +44,7 @@ double stableDensity(double x, double shape, double scale, double minimum) noexc
 double WeibullCDF(double x, double shape, double scale, double minimum, Line caller) try {
   refuseNaN(x);
   if (!(shape > 0 && scale > 0 && x >= minimum)) return 0;
-  return -std::expm1(-Power((x - minimum) / scale, shape));
+  return 1 - std::exp(-Power((x - minimum) / scale, shape));
 } catch (RuntimeError& error) {
   error.leave("m_Weibull.WeibullCDF", caller);
   throw;
@@ -47,8 +54,7 @@ double WeibullINV(double p, double shape, double scale, double minimum, Line cal
   constexpr double smallestTail = 1E-300;  // takes the place of the 0 that p = 1 leaves above it
   refuseNaN(p);
   if (!(shape > 0 && scale > 0 && p > 0)) return checked(minimum);
-  if (p > 1) raise(fault::invalidCall);
-  const double logTail = p == 1 ? std::log(smallestTail) : std::log1p(-p);
+  const double logTail = Log(p == 1 ? smallestTail : 1 - p);
   return checked(Power(-logTail, 1 / shape) * scale + minimum);
 } catch (RuntimeError& error) {
   error.leave("m_Weibull.WeibullINV", caller);

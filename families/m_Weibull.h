@@ -15,11 +15,15 @@ namespace palvex::m_Weibull {
 double density(double x, double shape, double scale, double minimum, const Limits& limits,
                Line caller = Line::here());
 
+/// Whether the terms of the untruncated density at x stay in the range of doubles.
+bool densityHolds(double x, double shape, double scale, double minimum) noexcept;
+
 /// The density without limits, from logarithms and ratios: it holds where the terms of `density`
 /// leave the range of doubles. Infinite at a pole; raises nothing.
 double stableDensity(double x, double shape, double scale, double minimum) noexcept;
 
-/// Probability of a value up to x, in [0, 1], small ones with their relative accuracy; 0 for a
+/// Probability of a value up to x: 1 - exp(-z^shape) as it is written, so with the absolute error
+/// 1e-16, and 0 where it is smaller; 0 for a
 /// shape or scale <= 0.
 double WeibullCDF(double x, double shape, double scale, double minimum, Line caller = Line::here());
 

@@ -22,10 +22,11 @@ inline void refuseNaN(double value, Line line = Line::here()) {
     raise(fault::overflow, line);
 }
 
-/// a / b; error 11 for a / 0, 6 for 0 / 0 and for a quotient that is not finite.
+/// a / b; error 11 for a / 0, 6 for 0 / 0, for an a that has overflowed before, and for a quotient
+/// that is not finite.
 inline double Divide(double a, double b, Line line = Line::here()) {
   if (b == 0) [[unlikely]] {
-    raise(a == 0 || std::isnan(a) ? fault::overflow : fault::divisionByZero, line);
+    raise(a == 0 || !std::isfinite(a) ? fault::overflow : fault::divisionByZero, line);
   }
   return checked(a / b, line);
 }

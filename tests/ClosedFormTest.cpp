@@ -115,7 +115,8 @@ TEST(ClosedForm, WorkedExamples) {
       {"draw of 0 is the minimum", ExponentialVAL(0, 1, 2), 2},
       {"whatever the limits", ExponentialVAL(0, 1, 2, 5, 6), 2},
       {"draw without a rate", ExponentialVAL(0.5, 0, 2), 2},
-      {"a small probability keeps its digits", ExponentialCDF(1e-20, 1, 0), 1e-20},
+      {"1 - exp(-x) where x is lost beside 1", ExponentialCDF(1e-20, 1, 0), 0},
+      {"ln(1 - p), too", ExponentialINV(1e-20, 1, 0), 0},
 
       {"no density at the minimum", WeibullPDF(2, 1.5, 1, 2, none, none), 0},
       {"quantile of 1", WeibullINV(1, 1, 1, 0), 300 * std::numbers::ln10},
@@ -123,6 +124,7 @@ TEST(ClosedForm, WorkedExamples) {
       {"draw below 0", WeibullVAL(-1, 2, 3, 5, 7), 5},
       {"draw at 0 is at the limit", WeibullVAL(0, 1, 1, 0, std::numbers::ln2), std::numbers::ln2},
       {"draw without a scale", WeibullVAL(0.5, 2, 0, 5), 5},
+      {"reversed limits around nothing", WeibullVAL(0, 2, 1, 0, 1e-9, -1), 0},
       {"like the exponential", WeibullCDF(4, 1, 2, 1), ExponentialCDF(4, 0.5, 1)},
 
       {"nothing below the minimum", LognormalCDF(1, 0, 1, 1, false), 0},
@@ -273,6 +275,8 @@ TEST(ClosedForm, FaultsAreNumberedAndTraced) {
       {"0 to a negative power", 5, "m_Weibull.WeibullPDF",
        [] { return WeibullPDF(1e-300, 0.5, 1e300, 0, none, none); }},
       {"no scale", 11, "m_Lognormal.LognormalCDF", [] { return LognormalCDF(3, 0, 0, 1, false); }},
+      {"a square overflows before another one vanishes", 6, "m_Lognormal.LognormalPDF",
+       [] { return LognormalPDF(38, 1e300, 5e-324, -2, none, none); }},
       {"p outside [0, 1]", 5,
        "m_Normal.NormINV16 m_Normal.NormalINV m_Lognormal.LognormalINV m_Lognormal.LognormalVAL",
        [] { return LognormalVAL(1.5, 0, 1, 0); }},

@@ -1,8 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <limits>
+#include <map>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -281,8 +286,14 @@ TEST(Evaluation, AFaultCarriesTheRecordOfTheCall) {
       {"x is not the mean", 11, "Division by zero\r\ncdf: (3,2,0,0.1,0)", "cdf",
        [&] { return d.cdf(3); }},
       {"x is the mean", 6, "Overflow\r\ncdf: (2,2,0,0.1,0)", "cdf", [&] { return d.cdf(2); }},
+      {"x is too far from the mean", 6, "Overflow\r\ncdf: (1.7E+308,-1E+308,0,0.1,0)", "cdf",
+       [&] {
+         d.param1 = -1e308;
+         return d.cdf(1.7e308);
+       }},
       {"density", 6, "Overflow\r\npdf: (-1E+200,2,1,0.1,0)", "pdf",
        [&] {
+         d.param1 = 2;
          sd->cells[0] = 1;
          return d.pdf(-1e200);
        }},
@@ -471,6 +482,122 @@ TEST(Validation, SurvivesARangeThatChangesTheObject) {
       }
     }
   }
+}
+
+/// A cell that does something each time that its value is read.
+struct Busy : FakeRange {
+  Busy(Variant value, std::function<void()> what)
+      : FakeRange({std::move(value)}), action(std::move(what)) {}
+  Variant doGet(std::string_view asked, const std::vector<Variant>& arguments) override {
+    if (sameMember(asked, "Value")) action();
+    return FakeRange::doGet(asked, arguments);
+  }
+  std::function<void()> action;
+};
+
+TEST(Validation, EndsWithTheTypeThatItBeganWith) {
+  for (const char* from : {"Beta", "Johnson", "Lognormal", "Histogram"}) {
+    for (const char* to : {"Histogram", "Normal", "Johnson"}) {
+      c_Distribution d;
+      d.distType(from);
+      const auto cells = std::make_shared<Busy>(0.5, [&] { d.distType(to); });
+      d.param1 = cells;
+      d.param2 = *from == 'H' ? Variant("Raw Data") : Variant(2);
+      d.param4 = 3;
+      std::string cause;
+      EXPECT_TRUE(d.ParamsOK(cause)) << from << ' ' << to << ' ' << cause;
+      d.distType(from);
+      d.Dynamic = true;
+      for (const auto& call : std::initializer_list<std::function<double()>>{
+               [&] { return d.pdf(1); }, [&] { return d.cdf(.5); }, [&] { return d.RandVal(.5); },
+               [&] { return d.mean(); }, [&] { return d.CalcMean(); }, [&] { return d.XMin(); }}) {
+        d.distType(from);
+        EXPECT_EQ(faultNumber(call), 0) << from << ' ' << to;
+      }
+    }
+  }
+}
+
+TEST(Validation, KeepsNothingThatADrawInItsMiddlePrepared) {
+  for (const char* type : {"Beta", "Gamma"}) {
+    c_Distribution plain;
+    c_Distribution d;
+    std::string cause;
+    for (c_Distribution* one : {&plain, &d}) {
+      one->distType(type);
+      one->param1 = 3;
+      one->param2 = 2;
+      one->param4 = 1;
+      one->ltl = .1;
+    }
+    const auto draw = [&] {
+      static_cast<void>(faultOf([&] { return d.RandVal(.5) + d.pdf(.5); }));
+    };
+    d.param2 = std::make_shared<Busy>(2, draw);
+    d.ltl = std::make_shared<Busy>(.1, draw);
+    ASSERT_TRUE(plain.ParamsOK(cause) && d.ParamsOK(cause)) << cause;
+    EXPECT_EQ(d.RandVal(.5), plain.RandVal(.5)) << type;
+    EXPECT_EQ(d.pdf(.5), plain.pdf(.5)) << type;
+  }
+}
+
+/// The members of the object whose definitions hold this line of their source file.
+std::set<std::string> membersAt(int line) {
+  std::set<std::string> members;
+  const std::filesystem::path engine = std::filesystem::path(PALVEX_TEST_DATA) / "../../engine";
+  for (const auto& file : std::filesystem::directory_iterator(engine)) {
+    std::ifstream source(file.path());
+    std::string text, member;
+    for (int n = 1; n <= line && std::getline(source, text); ++n) {
+      const std::size_t name = text.find("c_Distribution::");
+      if (name != std::string::npos && text[0] != ' ')
+        member = text.substr(name + 16, text.find('(', name) - name - 16);
+    }
+    members.insert(member);
+  }
+  return members;
+}
+
+TEST(Validation, ATraceNamesALineOfEachRoutine) {
+  // Wherever a cell falls silent, each routine of the trace shows a line of its own.
+  const std::map<std::string, std::function<void(c_Distribution&)>> calls{
+      {"pdf", [](auto& d) { d.pdf(1); }},
+      {"cdf", [](auto& d) { d.cdf(1); }},
+      {"liveValue", [](auto& d) { d.RandVal(.5); }},
+      {"StDev", [](auto& d) { d.StDev(); }},
+      {"XMin", [](auto& d) { d.XMin(); }},
+      {"XMax", [](auto& d) { d.XMax(); }},
+      {"CreateGraphData", [](auto& d) { d.CreateGraphData(0, 1); }},
+      {"ParamsOK", [](auto& d) {
+         std::string cause;
+         d.ParamsOK(cause);
+       }}};
+  std::set<std::string> routines;
+  for (const auto& [member, call] : calls) {
+    for (int nth = 1; nth <= 12; ++nth) {
+      const auto range = cell(2);
+      range->failingRead["Value"] = nth;
+      c_Distribution d;
+      d.distType("Normal");
+      d.param2 = d.ltl = range;
+      d.Dynamic = true;
+      const auto fault = faultOf([&] {
+        call(d);
+        return 0;
+      });
+      if (!fault || fault->number() != 1004) continue;
+      std::istringstream trace(fault->source());
+      for (std::string line; std::getline(trace, line);) {
+        const std::size_t at = line.find(" at line ");
+        if (at == std::string::npos) continue;
+        std::string routine = line.substr(25, at - 25);  // behind "in palvex.c_Distribution."
+        routines.insert(routine);
+        if (routine == "RandVal") routine = "liveValue";
+        EXPECT_TRUE(membersAt(std::stoi(line.substr(at + 9))).contains(routine)) << line;
+      }
+    }
+  }
+  EXPECT_EQ(routines.size(), 10U);  // those of the calls, BadParam and SetStaticParams
 }
 
 TEST(Validation, LaterFaultsLeaveTheEarlierCachesRefreshed) {

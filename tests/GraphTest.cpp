@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -177,6 +178,39 @@ TEST(GraphData, HaveEqualStepsBothEndsAndTheDensityOfPdf) {
   d.ltl = 8;
   d.CreateGraphData(9, 11);
   EXPECT_EQ(d.GraphPDF(1), 3 * d.pdf(9, true));
+}
+
+TEST(GraphData, OfAPointMassIsThatOfPdf) {
+  c_Distribution d;
+  d.Dynamic = true;  // a limit that leaves nothing does not pass validation
+  d.ResizeArrays(3);
+  for (const char* type : {"Uniform", "Triangular"}) {
+    set(d, {type, {3, 3, 3}, 5});
+    d.CreateGraphData(2, 4);
+    EXPECT_EQ(d.GraphPDF(2), 1) << type;
+    EXPECT_EQ(d.pdf(3), 1) << type;
+  }
+}
+
+TEST(GraphData, TakeNoTimeWhereTheFormulaOverflows) {
+  const Law laws[] = {{"Beta", {1e5, 1e5, 0, 1}},
+                      {"Gamma", {1e6, 1, 0}},
+                      {"Weibull", {400, 1, 0}},
+                      {"Johnson", {0, 1, 0, 6}}};
+  for (const Law& law : laws) {
+    c_Distribution d;
+    ASSERT_EQ(set(d, law), "") << name(law);
+    d.ResizeArrays(32766);
+    const auto start = std::chrono::steady_clock::now();
+    const bool wide = law.type == "Weibull" || law.type == "Johnson";
+    d.CreateGraphData(wide ? -1e9 : d.XMin(), wide ? 1e9 : d.XMax());
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+    // An error raised and caught for each point takes a second.
+    EXPECT_LT(seconds.count(), .25) << name(law);
+    if (!wide) {
+      EXPECT_NEAR(area(d, &c_Distribution::GraphPDF), 1, 1e-3) << name(law);
+    }
+  }
 }
 
 TEST(GraphData, StayAsTheyWereOnFailure) {

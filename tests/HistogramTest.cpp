@@ -227,6 +227,15 @@ TEST(Histogram, OneValueIsAPointMass) {
   for (const double p : {0., .5, 1.}) EXPECT_EQ(HistogramVAL(p, table, 5, 4), 3);
 }
 
+TEST(Histogram, ADrawStaysOnItsSideOfAGap) {
+  // The probability that belongs to p rounds to just beyond the piece that the limits keep.
+  const Table two = build(block(3, {0, 1, 3, 2, 3, 2}), given).arrays.table;
+  const Table three = build(block(3, {0, 1, 1, 2, 3, 5, 4, 5, 4}), given).arrays.table;
+  EXPECT_EQ(HistogramVAL(1, two, .1, 1.5), 1);
+  EXPECT_EQ(HistogramVAL(1.5, two, .1, 1.5), 1);
+  EXPECT_EQ(HistogramVAL(.2, three, 4, 1), 1);
+}
+
 TEST(Histogram, ThePriorPointKeepsNarrowBinsVisible) {
   // A spike of density 50 in [1, 1.01), 0.25 before and 0.125 after it, a gap, 0.0625 at the end.
   const auto density =

@@ -203,6 +203,7 @@ TEST(Arithmetic, RaisesWhatTheRunTimeRaises) {
       {"NaN", 6, [] { return checked(nan); }},
       {"1/0", 11, [] { return Divide(1, 0); }},
       {"0/0", 6, [] { return Divide(0, 0); }},
+      {"overflowed/0", 6, [] { return Divide(HUGE_VAL, 0); }},
       {"1e300/1e-300", 6, [] { return Divide(1e300, 1e-300); }},
       {"ln 0", 5, [] { return Log(0); }},
       {"ln -1", 5, [] { return Log(-1); }},

@@ -87,9 +87,11 @@ TEST_F(Worksheet, PassesTheHostsErrorOnWhicheverCallFails) {
   int raised = 0;
   for (int n = 1; n <= calls; ++n) {
     restart(n);
-    Bstr cause;
+    BSTR cause = SysAllocString(L"what an earlier check said");
     VARIANT_BOOL valid = VARIANT_TRUE;
-    const HRESULT outcome = d->ParamsOK(cause.receive(), &valid);
+    const HRESULT outcome = d->ParamsOK(&cause, &valid);
+    EXPECT_EQ(SysStringLen(cause), 0u);
+    SysFreeString(cause);
     if (outcome == S_OK)
       continue;  // the read only asked whether this is a range, or its cell sound
     ++raised;

@@ -5,7 +5,8 @@
 routine,arguments...,value,allowed   arguments exactly as printed; `upper` is 0 or 1
 
 `allowed` is the error that rounding explains: four units of 2^-53 of the value and of its change with each argument,
-and for the lognormal the 4e-15 of the normal integral or quantile.
+for the lognormal the 4e-15 of the normal integral or quantile, and for the exponential and the Weibull what one unit
+of 1 makes of 1 - exp(..) and of ln(1 - p).
 """
 import random
 from mpmath import mp, mpf, diff, erfc, erfinv, exp, findroot, log, sqrt
@@ -137,6 +138,11 @@ for name, routine in routines.items():
         if not mpf(10) ** -290 < abs(value) < mpf(10) ** 290:
             continue
         allowed = 4 * unit * (abs(value) + sum(changes(routine, exact)))
+        if name in ("ExponentialCDF", "WeibullCDF"):
+            allowed += unit
+        if name in ("ExponentialINV", "WeibullINV"):
+            p = exact[0]
+            allowed += unit / p * next(changes(routine, exact))
         if name == "LognormalCDF":
             allowed += mpf("4e-15") * abs(value)
         if name == "LognormalINV":
