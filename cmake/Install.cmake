@@ -5,7 +5,7 @@ include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/palvex)
 
 install(TARGETS palvex EXPORT palvex)
-install(DIRECTORY runtime numerics families engine
+install(DIRECTORY runtime numerics families laws engine
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/palvex
         FILES_MATCHING PATTERN "*.h")
 install(EXPORT palvex NAMESPACE palvex:: FILE palvexConfig.cmake DESTINATION ${package_dir})

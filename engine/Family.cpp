@@ -1,7 +1,6 @@
 #include "engine/Family.h"
 
 #include <cmath>
-#include <limits>
 
 #include "families/m_Beta.h"
 #include "families/m_Exponential.h"
@@ -13,12 +12,20 @@
 #include "families/m_Triangular.h"
 #include "families/m_Uniform.h"
 #include "families/m_Weibull.h"
+#include "laws/Beta.h"
+#include "laws/Exponential.h"
+#include "laws/Gamma.h"
+#include "laws/Histogram.h"
+#include "laws/Johnson.h"
+#include "laws/Lognormal.h"
+#include "laws/Normal.h"
+#include "laws/Triangular.h"
+#include "laws/Uniform.h"
+#include "laws/Weibull.h"
 
 namespace palvex {
 
 namespace {
-
-constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// Calls `evaluate` with the shapes made of the first two parameters, which are kept where there is
 /// a place for them.
@@ -40,7 +47,7 @@ const Family normal{
     .density = [](const Values& v, double x, const Limits& limits, const Variant&,
                   Line line) { return m_Normal::density(x, v.p[0], v.p[1], limits, line); },
     .stableDensity = [](const Values& v,
-                        double x) { return m_Normal::stableDensity(x, v.p[0], v.p[1]); },
+                        double x) { return laws::Normal(v.p[0], v.p[1]).density(x); },
     .cumulative =
         [](const Values& v, double x, Line line) {
           return m_Normal::NormalCDF(Divide(x - v.p[0], v.p[1], line), false, line);
@@ -50,15 +57,12 @@ const Family normal{
     .value = [](const Values& v, const Band& band, double p,
                 Line line) { return m_Normal::value(p, v.p[0], v.p[1], band, line); },
     .ignoresLimits = nullptr,
-    .support =
-        [](const Values& v) {
-          return v.p[1] == 0 ? Support{v.p[0], v.p[0]} : Support{-infinity, infinity};
-        },
+    .support = [](const Values& v) { return laws::Normal(v.p[0], v.p[1]).support(); },
     .moments = [](const Values& v,
-                  const Limits& limits) { return m_Normal::moments(v.p[0], v.p[1], limits); },
+                  const Limits& limits) { return laws::Normal(v.p[0], v.p[1]).moments(limits); },
     .integratedMoments =
         [](const Values& v, const Limits& limits) {
-          return m_Normal::integratedMoments(v.p[0], v.p[1], limits);
+          return laws::Normal(v.p[0], v.p[1]).integratedMoments(limits);
         },
 };
 
@@ -72,7 +76,7 @@ const Family uniform{
     .density = [](const Values& v, double x, const Limits& limits, const Variant&,
                   Line line) { return m_Uniform::density(x, v.p[0], v.p[1], limits, line); },
     .stableDensity = [](const Values& v,
-                        double x) { return m_Uniform::stableDensity(x, v.p[0], v.p[1]); },
+                        double x) { return laws::Uniform(v.p[0], v.p[1]).density(x); },
     .cumulative = [](const Values& v, double x,
                      Line line) { return m_Uniform::UniformCDF(x, v.p[0], v.p[1], line); },
     .band = [](const Values& v, const Limits& limits,
@@ -80,16 +84,13 @@ const Family uniform{
     .value = [](const Values& v, const Band& band, double p,
                 Line line) { return m_Uniform::value(p, v.p[0], v.p[1], band, line); },
     .ignoresLimits = nullptr,
-    .support =
-        [](const Values& v) {
-          return Support{v.p[0], v.p[1]};
-        },
-    .moments = [](const Values& v, const Limits& limits) -> std::optional<Moments> {
-      return m_Uniform::moments(v.p[0], v.p[1], limits);
+    .support = [](const Values& v) { return laws::Uniform(v.p[0], v.p[1]).support(); },
+    .moments = [](const Values& v, const Limits& limits) -> std::optional<laws::Moments> {
+      return laws::Uniform(v.p[0], v.p[1]).moments(limits);
     },
     .integratedMoments =
         [](const Values& v, const Limits& limits) {
-          return m_Uniform::integratedMoments(v.p[0], v.p[1], limits);
+          return laws::Uniform(v.p[0], v.p[1]).integratedMoments(limits);
         },
 };
 
@@ -105,10 +106,8 @@ const Family triangular{
         [](const Values& v, double x, const Limits& limits, const Variant&, Line line) {
           return m_Triangular::density(x, v.p[0], v.p[1], v.p[2], limits, line);
         },
-    .stableDensity =
-        [](const Values& v, double x) {
-          return m_Triangular::stableDensity(x, v.p[0], v.p[1], v.p[2]);
-        },
+    .stableDensity = [](const Values& v,
+                        double x) { return laws::Triangular(v.p[0], v.p[1], v.p[2]).density(x); },
     .cumulative =
         [](const Values& v, double x, Line line) {
           return m_Triangular::TriangularCDF(x, v.p[0], v.p[1], v.p[2], line);
@@ -118,16 +117,13 @@ const Family triangular{
     .value = [](const Values& v, const Band& band, double p,
                 Line line) { return m_Triangular::value(p, v.p[0], v.p[1], v.p[2], band, line); },
     .ignoresLimits = nullptr,
-    .support =
-        [](const Values& v) {
-          return Support{v.p[0], v.p[2]};
-        },
-    .moments = [](const Values& v, const Limits& limits) -> std::optional<Moments> {
-      return m_Triangular::moments(v.p[0], v.p[1], v.p[2], limits);
+    .support = [](const Values& v) { return laws::Triangular(v.p[0], v.p[1], v.p[2]).support(); },
+    .moments = [](const Values& v, const Limits& limits) -> std::optional<laws::Moments> {
+      return laws::Triangular(v.p[0], v.p[1], v.p[2]).moments(limits);
     },
     .integratedMoments =
         [](const Values& v, const Limits& limits) {
-          return m_Triangular::integratedMoments(v.p[0], v.p[1], v.p[2], limits);
+          return laws::Triangular(v.p[0], v.p[1], v.p[2]).integratedMoments(limits);
         },
 };
 
@@ -136,7 +132,7 @@ const Family lognormal{
     .demands = {Demand::real, Demand::positive, Demand::real},
     .parametersRead = 3,
     .fit = [](const std::array<double, 4>& p, Fitted&, Line) -> std::string {
-      return std::isinf(m_Lognormal::standardDeviation(p[0], p[1]))
+      return std::isinf(laws::Lognormal(p[0], p[1], p[2]).standardDeviation())
                  ? "Number overflow.  Please choose a smaller value for Location or Scale."
                  : "";
     },
@@ -145,7 +141,7 @@ const Family lognormal{
           return m_Lognormal::density(x, v.p[0], v.p[1], v.p[2], limits, line);
         },
     .stableDensity = [](const Values& v,
-                        double x) { return m_Lognormal::stableDensity(x, v.p[0], v.p[1], v.p[2]); },
+                        double x) { return laws::Lognormal(v.p[0], v.p[1], v.p[2]).density(x); },
     .cumulative =
         [](const Values& v, double x, Line line) {
           return m_Lognormal::LognormalCDF(x, v.p[0], v.p[1], v.p[2], false, line);
@@ -155,17 +151,14 @@ const Family lognormal{
     .value = [](const Values& v, const Band& band, double p,
                 Line line) { return m_Lognormal::value(p, v.p[0], v.p[1], v.p[2], band, line); },
     .ignoresLimits = nullptr,
-    .support =
-        [](const Values& v) {
-          return Support{.lower = v.p[2], .upper = infinity, .lowerIncluded = false};
-        },
+    .support = [](const Values& v) { return laws::Lognormal(v.p[0], v.p[1], v.p[2]).support(); },
     .moments =
         [](const Values& v, const Limits& limits) {
-          return m_Lognormal::moments(v.p[0], v.p[1], v.p[2], limits);
+          return laws::Lognormal(v.p[0], v.p[1], v.p[2]).moments(limits);
         },
     .integratedMoments =
         [](const Values& v, const Limits& limits) {
-          return m_Lognormal::integratedMoments(v.p[0], v.p[1], v.p[2], limits);
+          return laws::Lognormal(v.p[0], v.p[1], v.p[2]).integratedMoments(limits);
         },
 };
 
@@ -177,7 +170,7 @@ const Family exponential{
     .density = [](const Values& v, double x, const Limits& limits, const Variant&,
                   Line line) { return m_Exponential::density(x, v.p[0], v.p[1], limits, line); },
     .stableDensity = [](const Values& v,
-                        double x) { return m_Exponential::stableDensity(x, v.p[0], v.p[1]); },
+                        double x) { return laws::Exponential(v.p[0], v.p[1]).density(x); },
     .cumulative = [](const Values& v, double x,
                      Line line) { return m_Exponential::ExponentialCDF(x, v.p[0], v.p[1], line); },
     .band = [](const Values& v, const Limits& limits,
@@ -185,16 +178,13 @@ const Family exponential{
     .value = [](const Values& v, const Band& band, double p,
                 Line line) { return m_Exponential::value(p, v.p[0], v.p[1], band, line); },
     .ignoresLimits = [](const Values&, double p) { return m_Exponential::ignoresLimits(p); },
-    .support =
-        [](const Values& v) {
-          return Support{v.p[1], infinity};
-        },
-    .moments = [](const Values& v, const Limits& limits) -> std::optional<Moments> {
-      return m_Exponential::moments(v.p[0], v.p[1], limits);
+    .support = [](const Values& v) { return laws::Exponential(v.p[0], v.p[1]).support(); },
+    .moments = [](const Values& v, const Limits& limits) -> std::optional<laws::Moments> {
+      return laws::Exponential(v.p[0], v.p[1]).moments(limits);
     },
     .integratedMoments =
         [](const Values& v, const Limits& limits) {
-          return m_Exponential::integratedMoments(v.p[0], v.p[1], limits);
+          return laws::Exponential(v.p[0], v.p[1]).integratedMoments(limits);
         },
 };
 
@@ -208,7 +198,7 @@ const Family weibull{
           return m_Weibull::density(x, v.p[0], v.p[1], v.p[2], limits, line);
         },
     .stableDensity = [](const Values& v,
-                        double x) { return m_Weibull::stableDensity(x, v.p[0], v.p[1], v.p[2]); },
+                        double x) { return laws::Weibull(v.p[0], v.p[1], v.p[2]).density(x); },
     .densityHolds = [](const Values& v,
                        double x) { return m_Weibull::densityHolds(x, v.p[0], v.p[1], v.p[2]); },
     .cumulative = [](const Values& v, double x,
@@ -218,17 +208,14 @@ const Family weibull{
     .value = [](const Values& v, const Band& band, double p,
                 Line line) { return m_Weibull::value(p, v.p[0], v.p[1], v.p[2], band, line); },
     .ignoresLimits = [](const Values&, double p) { return m_Weibull::ignoresLimits(p); },
-    .support =
-        [](const Values& v) {
-          return Support{v.p[2], infinity};
-        },
+    .support = [](const Values& v) { return laws::Weibull(v.p[0], v.p[1], v.p[2]).support(); },
     .moments =
         [](const Values& v, const Limits& limits) {
-          return m_Weibull::moments(v.p[0], v.p[1], v.p[2], limits);
+          return laws::Weibull(v.p[0], v.p[1], v.p[2]).moments(limits);
         },
     .integratedMoments =
         [](const Values& v, const Limits& limits) {
-          return m_Weibull::integratedMoments(v.p[0], v.p[1], v.p[2], limits);
+          return laws::Weibull(v.p[0], v.p[1], v.p[2]).integratedMoments(limits);
         },
 };
 
@@ -240,7 +227,7 @@ const Family gamma{
     .density = [](const Values& v, double x, const Limits& limits, const Variant&,
                   Line line) { return m_Gamma::density(x, v.p[0], v.p[1], v.p[2], limits, line); },
     .stableDensity = [](const Values& v,
-                        double x) { return m_Gamma::stableDensity(x, v.p[0], v.p[1], v.p[2]); },
+                        double x) { return laws::Gamma(v.p[0], v.p[1], v.p[2]).density(x); },
     .densityHolds = [](const Values& v,
                        double x) { return m_Gamma::densityHolds(x, v.p[0], v.p[1], v.p[2]); },
     // The scale serves as the rate, and a minimum turns the probability into that above x.
@@ -260,17 +247,14 @@ const Family gamma{
           return m_Gamma::value(p, shape, v.p[1], v.p[2], band, line);
         },
     .ignoresLimits = nullptr,
-    .support =
-        [](const Values& v) {
-          return Support{v.p[2], infinity};
-        },
+    .support = [](const Values& v) { return laws::Gamma(v.p[0], v.p[1], v.p[2]).support(); },
     .moments =
         [](const Values& v, const Limits& limits) {
-          return m_Gamma::moments(v.p[0], v.p[1], v.p[2], limits);
+          return laws::Gamma(v.p[0], v.p[1], v.p[2]).moments(limits);
         },
     .integratedMoments =
         [](const Values& v, const Limits& limits) {
-          return m_Gamma::integratedMoments(v.p[0], v.p[1], v.p[2], limits);
+          return laws::Gamma(v.p[0], v.p[1], v.p[2]).integratedMoments(limits);
         },
 };
 
@@ -296,7 +280,7 @@ const Family johnson{
         },
     .stableDensity =
         [](const Values& v, double x) {
-          return m_Johnson::stableDensity(x, v.fitted.johnson, v.fitted.curve);
+          return laws::Johnson(v.fitted.johnson, v.fitted.curve).density(x);
         },
     .densityHolds =
         [](const Values& v, double x) {
@@ -314,27 +298,13 @@ const Family johnson{
                 Line line) { return m_Johnson::value(p, v.fitted.johnson, band, line); },
     .ignoresLimits = nullptr,
     .support =
-        [](const Values& v) {
-          const m_Johnson::JohnsonParams& curve = v.fitted.johnson;
-          switch (v.fitted.curve) {
-            case m_Johnson::Curve::SL:
-              return curve.lambda > 0 ? Support{curve.xi, infinity, false}
-                                      : Support{-infinity, curve.xi, true, false};
-            case m_Johnson::Curve::SB:
-              // A fit that failed without a message has no ends.
-              if (curve.delta > 0) return Support{curve.xi, curve.xi + curve.lambda, false, false};
-              break;
-            default:
-              break;
-          }
-          return Support{-infinity, infinity};
-        },
-    .moments = [](const Values& v, const Limits& limits) -> std::optional<Moments> {
-      return m_Johnson::moments(v.fitted.johnson, v.fitted.curve, limits);
+        [](const Values& v) { return laws::Johnson(v.fitted.johnson, v.fitted.curve).support(); },
+    .moments = [](const Values& v, const Limits& limits) -> std::optional<laws::Moments> {
+      return laws::Johnson(v.fitted.johnson, v.fitted.curve).moments(limits);
     },
     .integratedMoments =
         [](const Values& v, const Limits& limits) {
-          return m_Johnson::integratedMoments(v.fitted.johnson, v.fitted.curve, limits);
+          return laws::Johnson(v.fitted.johnson, v.fitted.curve).integratedMoments(limits);
         },
 };
 
@@ -362,20 +332,17 @@ const Family histogram{
                 Line line) { return m_Histogram::value(p, v.fitted.histogram.table, band, line); },
     .ignoresLimits = nullptr,
     .support =
-        [](const Values& v) {
-          const auto [first, last] = m_Histogram::ends(v.fitted.histogram.density);
-          return Support{first, last};
-        },
+        [](const Values& v) { return laws::Histogram(v.fitted.histogram.density).support(); },
     .keepsNothing =
         [](const Values& v, const Limits& limits) {
-          return m_Histogram::keepsNothing(v.fitted.histogram.density, limits);
+          return laws::Histogram(v.fitted.histogram.density).keepsNothing(limits);
         },
-    .moments = [](const Values& v, const Limits& limits) -> std::optional<Moments> {
-      return m_Histogram::moments(v.fitted.histogram.density, limits);
+    .moments = [](const Values& v, const Limits& limits) -> std::optional<laws::Moments> {
+      return laws::Histogram(v.fitted.histogram.density).moments(limits);
     },
     .integratedMoments =
         [](const Values& v, const Limits& limits) {
-          return m_Histogram::integratedMoments(v.fitted.histogram.density, limits);
+          return laws::Histogram(v.fitted.histogram.density).integratedMoments(limits);
         },
 };
 
@@ -392,10 +359,8 @@ const Family beta{
             return m_Beta::density(x, shapes, v.p[2], v.p[3], limits, line);
           });
         },
-    .stableDensity =
-        [](const Values& v, double x) {
-          return m_Beta::stableDensity(x, v.p[0], v.p[1], v.p[2], v.p[3]);
-        },
+    .stableDensity = [](const Values& v,
+                        double x) { return laws::Beta(v.p[0], v.p[1], v.p[2], v.p[3]).density(x); },
     .densityHolds =
         [](const Values& v, double x) {
           return withShapes<m_Beta::Shapes>(v, [&](m_Beta::Shapes& shapes) {
@@ -425,17 +390,14 @@ const Family beta{
         [](const Values& v, double p) {
           return m_Beta::ignoresLimits(p, v.p[0], v.p[1], v.p[2], v.p[3]);
         },
-    .support =
-        [](const Values& v) {
-          return Support{v.p[2], v.p[3]};
-        },
+    .support = [](const Values& v) { return laws::Beta(v.p[0], v.p[1], v.p[2], v.p[3]).support(); },
     .moments =
         [](const Values& v, const Limits& limits) {
-          return m_Beta::moments(v.p[0], v.p[1], v.p[2], v.p[3], limits);
+          return laws::Beta(v.p[0], v.p[1], v.p[2], v.p[3]).moments(limits);
         },
     .integratedMoments =
         [](const Values& v, const Limits& limits) {
-          return m_Beta::integratedMoments(v.p[0], v.p[1], v.p[2], v.p[3], limits);
+          return laws::Beta(v.p[0], v.p[1], v.p[2], v.p[3]).integratedMoments(limits);
         },
 };
 

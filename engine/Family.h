@@ -6,11 +6,12 @@
 #include <string_view>
 #include <variant>
 
-#include "families/Moments.h"
 #include "families/m_Beta.h"
 #include "families/m_Gamma.h"
 #include "families/m_Histogram.h"
 #include "families/m_Johnson.h"
+#include "laws/Moments.h"
+#include "laws/Support.h"
 #include "runtime/Limits.h"
 
 namespace palvex {
@@ -32,15 +33,6 @@ struct Values {
   const std::array<double, 4>& p;
   const Fitted& fitted;
   Prepared* prepared = nullptr;
-};
-
-/// Where a distribution has values: from `lower` to `upper`, either infinite, each end counting as
-/// a value or not.
-struct Support {
-  double lower;
-  double upper;
-  bool lowerIncluded = true;
-  bool upperIncluded = true;
 };
 
 /// What validation asks of a numeric parameter; the wording of the message goes with it.
@@ -86,8 +78,8 @@ struct Family {
   /// Mean and standard deviation of what the limits keep, for parameters within their demands and a
   /// support with a width: in closed form, or nothing where that would lose digits; and by
   /// numerical integration.
-  std::optional<Moments> (*moments)(const Values&, const Limits&);
-  Moments (*integratedMoments)(const Values&, const Limits&);
+  std::optional<laws::Moments> (*moments)(const Values&, const Limits&);
+  laws::Moments (*integratedMoments)(const Values&, const Limits&);
 };
 
 /// The row of a type's name, or null for a name without a family.

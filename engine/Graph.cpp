@@ -46,7 +46,7 @@ std::pair<double, double> c_Distribution::plotRange(double numSD, Line caller) c
   }
 
   const double deviations = numSD > 0 ? numSD : defaultNumSD;
-  const auto away = [&](const Moments& of, double direction) {
+  const auto away = [&](const laws::Moments& of, double direction) {
     return checked(of.mean + direction * deviations * of.sd);
   };
   const Limits limits = currentLimits();
@@ -57,12 +57,12 @@ std::pair<double, double> c_Distribution::plotRange(double numSD, Line caller) c
   const bool lowerOpen = std::isinf(lower);
   const bool upperOpen = std::isinf(upper);
   if (lowerOpen || upperOpen) {
-    const Moments whole = momentsOf(*family, values, {}, Method::closedForm);
+    const laws::Moments whole = momentsOf(*family, values, {}, Method::closedForm);
     if (lowerOpen) lower = away(whole, -1);
     if (upperOpen) upper = away(whole, 1);
   }
   if (lower >= upper && (lowerCuts || upperCuts)) {  // a limit far out in a tail
-    const Moments kept = momentsOf(*family, values, limits, Method::closedForm);
+    const laws::Moments kept = momentsOf(*family, values, limits, Method::closedForm);
     if (lowerOpen) lower = away(kept, -1);
     if (upperOpen) upper = away(kept, 1);
   }

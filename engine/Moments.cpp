@@ -32,7 +32,7 @@ double c_Distribution::mean() try {
 
 double c_Distribution::StDev(const Variant& xMean) try {
   if (family_ == nullptr) return 0;
-  const Moments kept = keptMoments(Method::closedForm);
+  const laws::Moments kept = keptMoments(Method::closedForm);
   return xMean.isMissing() ? kept.sd : checked(kept.deviationFrom(xMean.toDouble()));
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.StDev");
@@ -48,7 +48,7 @@ double c_Distribution::CalcStdev(double mean) {
   return checked(keptMoments(Method::integration).deviationFrom(mean));
 }
 
-Moments c_Distribution::keptMoments(Method method, Line caller) const try {
+laws::Moments c_Distribution::keptMoments(Method method, Line caller) const try {
   const Family* const family = family_;  // a cell that answers may set another one
   if (family == nullptr) return {0, 0};
   const Limits limits = currentLimits();
@@ -59,8 +59,8 @@ Moments c_Distribution::keptMoments(Method method, Line caller) const try {
   throw;
 }
 
-Moments c_Distribution::momentsOf(const Family& family, const Values& values, const Limits& limits,
-                                  Method method, Line caller) try {
+laws::Moments c_Distribution::momentsOf(const Family& family, const Values& values,
+                                        const Limits& limits, Method method, Line caller) try {
   // Live parameters have not been validated.
   for (std::size_t i = 0; i < family.parametersRead; ++i) {
     if (!meets(values.p[i], family.demands[i])) raise(fault::invalidCall);
@@ -71,7 +71,7 @@ Moments c_Distribution::momentsOf(const Family& family, const Values& values, co
     if (limits.cut(support.lower)) raise(fault::divisionByZero);
     return {support.lower, 0};
   }
-  std::optional<Moments> kept;
+  std::optional<laws::Moments> kept;
   if (method == Method::closedForm) kept = family.moments(values, limits);
   if (!kept) kept = family.integratedMoments(values, limits);
   return {checked(kept->mean), checked(kept->sd)};

@@ -192,10 +192,10 @@ class c_Distribution {
 
   // Moments (Moments.cpp).
   enum class Method { closedForm, integration };
-  [[nodiscard]] Moments keptMoments(Method method, Line caller = Line::here()) const;
-  [[nodiscard]] static Moments momentsOf(const Family& family, const Values& values,
-                                         const Limits& limits, Method method,
-                                         Line caller = Line::here());
+  [[nodiscard]] laws::Moments keptMoments(Method method, Line caller = Line::here()) const;
+  [[nodiscard]] static laws::Moments momentsOf(const Family& family, const Values& values,
+                                               const Limits& limits, Method method,
+                                               Line caller = Line::here());
 
   // Graph (Graph.cpp).
   static constexpr double defaultNumSD = 4;

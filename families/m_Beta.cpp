@@ -39,31 +39,6 @@ double densityFactor(Shapes& shapes, Line line = Line::here()) {
   return *shapes.densityFactor;
 }
 
-/// Adds `factor` times a tail of the incomplete beta ratio at x = 1 - y, negative for the upper
-/// one.
-void addTail(PartialMoments& moments, int order, IncompleteBeta& ratio, double x, double y,
-             bool upper, double factor) {
-  Tails tails{x > 0 ? 1.0 : 0.0, y > 0 ? 1.0 : 0.0};
-  double accuracy = 0;
-  if (x > 0 && y > 0) {
-    tails = ratio(x, y);
-    const double condition = (ratio.a() + ratio.b()) / std::min(x, y);
-    accuracy = condition <= 100 ? 5e-14 : 1e-12 + 4e-16 * condition;
-  }
-  const double tail = upper ? -tails.upper : tails.lower;
-  if (tail != 0) moments.add(static_cast<std::size_t>(order), factor * tail, accuracy + 1e-15);
-}
-
-/// ln u^a (1 - u)^b relative to its value at u = p = 1 - q, at a distance t from there in
-/// ln(u/(1 - u)).
-double logDensity(double t, double a, double b, double p, double q) {
-  const double change = p * std::expm1(t);  // of 1/(1 - u), relative
-  if (std::abs(q * std::expm1(-t)) < std::abs(change)) return logDensity(-t, b, a, q, p);
-  if (std::abs(change) > 0.5) return a * t - (a + b) * std::log1p(change);
-  // The same without the part of the logarithm that cancels the slope of a t at the mode.
-  return (a * q - b * p) * t - (a + b) * (p * expm1LessT(t) - m_MathUtil::rlog1(change));
-}
-
 }  // namespace
 
 double StdBetaPDF(double u, Shapes& shapes, Line caller) try {
@@ -91,19 +66,6 @@ bool densityHolds(double x, Shapes& shapes, double minimum, double maximum) {
   const double u = (x - minimum) / (maximum - minimum);
   return std::isfinite(densityFactor(shapes) * std::pow(u, shapes.alpha - 1) *
                        std::pow(1 - u, shapes.beta - 1));
-}
-
-double stableDensity(double x, double alpha, double beta, double minimum, double maximum) {
-  if (!(alpha > 0 && beta > 0 && maximum > minimum && minimum <= x && x <= maximum)) return 0;
-  const auto logPower = [](double base, double exponent) {
-    return exponent == 0 ? 0 : exponent * std::log(base);
-  };
-  const double width = maximum / 2 - minimum / 2;
-  const double u = (x / 2 - minimum / 2) / width;
-  const double v = (maximum / 2 - x / 2) / width;
-  const double logFactor =
-      m_Gamma::gamln(alpha + beta) - m_Gamma::gamln(alpha) - m_Gamma::gamln(beta);
-  return std::exp(logPower(u, alpha - 1) + logPower(v, beta - 1) + logFactor);
 }
 
 Variant BetaCDF(double x, Shapes& shapes, Boolean upper, Line caller) try {
@@ -273,59 +235,6 @@ double value(double p, Shapes& shapes, double minimum, double maximum, const Ban
 } catch (RuntimeError& error) {
   error.leave("m_Beta.BetaVAL", caller);
   throw;
-}
-
-std::optional<Moments> moments(double alpha, double beta, double minimum, double maximum,
-                               const Limits& limits) {
-  const double width = maximum - minimum;
-  const double sum = alpha + beta;
-  if (!limits.lower && !limits.upper) {
-    return Moments{minimum + width * (alpha / sum),
-                   width * std::sqrt(alpha / sum * (beta / sum) / (sum + 1))};
-  }
-  PartialMoments standardized;
-  double factor = 1;
-  for (const int order : {0, 1, 2}) {
-    const double a = alpha + order;
-    IncompleteBeta ratio(a, beta);
-    for (const Interval& x : KeptIntervals(limits, minimum, maximum)) {
-      const bool upperTails = (x.lower - minimum) * beta > (maximum - x.lower) * a;
-      const auto add = [&](double limit, double sign) {
-        addTail(standardized, order, ratio, (limit - minimum) / width, (maximum - limit) / width,
-                upperTails, sign * factor);
-      };
-      add(x.upper, 1);
-      add(x.lower, -1);
-    }
-    factor *= a / (sum + order);
-  }
-  const std::optional<Moments> kept = standardized.moments();
-  if (!kept) return {};
-  return Moments{minimum + width * kept->mean, width * kept->sd};
-}
-
-Moments integratedMoments(double alpha, double beta, double minimum, double maximum,
-                          const Limits& limits) {
-  // t runs over the logarithm of u/(1 - u), where the density is largest at u = alpha/(alpha +
-  // beta).
-  const double width = maximum - minimum;
-  const double sum = alpha + beta;
-  const double logAtMode = alpha * std::log(alpha / sum) + beta * std::log(beta / sum) +
-                           m_Gamma::gamln(sum) - m_Gamma::gamln(alpha) - m_Gamma::gamln(beta);
-  Mixture kept;
-  for (const Interval& x : KeptIntervals(limits, minimum, maximum)) {
-    const Anchor anchor = anchorAt(width * (alpha / sum), minimum, x);
-    const double below = anchor.fromOrigin;
-    const double above = anchor.isMode ? width * (beta / sum) : maximum - anchor.value;
-    const double fromMode = anchor.isMode ? 0 : std::log(below / above) - std::log(alpha / beta);
-    const LogisticScale t(below, above, 1);
-    kept.add(integratedPiece(
-        anchor.value,
-        {t.position(anchor.lower, maximum - x.lower), t.position(anchor.upper, maximum - x.upper)},
-        t, [&](double u) { return logDensity(u, alpha, beta, below / width, above / width); },
-        logAtMode + logDensity(fromMode, alpha, beta, alpha / sum, beta / sum)));
-  }
-  return kept.moments();
 }
 
 }  // namespace palvex::m_Beta

@@ -3,9 +3,8 @@
 #include <cstdint>
 #include <optional>
 
-#include "families/Moments.h"
-#include "families/m_BetaRatio.h"
-#include "runtime/Limits.h"
+#include "families/Truncation.h"
+#include "numerics/m_BetaRatio.h"
 
 /// The beta distribution on [minimum, maximum], worked with on the unit interval of
 /// u = (x - minimum)/(maximum - minimum).
@@ -45,10 +44,6 @@ double density(double x, Shapes& shapes, double minimum, double maximum, const L
 
 /// Whether the terms of the untruncated density at x stay in the range of doubles.
 bool densityHolds(double x, Shapes& shapes, double minimum, double maximum);
-
-/// The density without limits, from logarithms: it holds where the terms of `density` leave the
-/// range of doubles. Infinite at an end whose shape is < 1.
-double stableDensity(double x, double alpha, double beta, double minimum, double maximum);
 
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double BetaPDF(double x, double alpha, double beta, double minimum, double maximum,
@@ -154,16 +149,5 @@ inline double BetaVAL(double p, double alpha, double beta, double minimum, doubl
   const Band kept = band(shapes, minimum, maximum, limitsFrom(ltl, utl), caller);
   return value(p, shapes, minimum, maximum, kept, caller);
 }
-
-// ---- moments ----
-
-/// Mean and standard deviation of what the limits keep: the closed form, or nothing where its terms
-/// would cancel.
-std::optional<Moments> moments(double alpha, double beta, double minimum, double maximum,
-                               const Limits& limits);
-
-/// The same by numerical integration, which holds everywhere.
-Moments integratedMoments(double alpha, double beta, double minimum, double maximum,
-                          const Limits& limits);
 
 }  // namespace palvex::m_Beta

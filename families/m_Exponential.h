@@ -1,7 +1,6 @@
 #pragma once
 
-#include "families/Moments.h"
-#include "runtime/Limits.h"
+#include "families/Truncation.h"
 
 /// The exponential distribution with rate `lambda` > 0, shifted to start at `minimum`.
 ///
@@ -13,10 +12,6 @@ namespace palvex::m_Exponential {
 /// cut x away, and for a rate <= 0.
 double density(double x, double lambda, double minimum, const Limits& limits,
                Line caller = Line::here());
-
-/// The density without limits, from logarithms and ratios: it holds where the terms of `density`
-/// leave the range of doubles. Infinite at a pole; raises nothing.
-double stableDensity(double x, double lambda, double minimum) noexcept;
 
 /// Probability of a value up to x: 1 - exp(-lambda (x - minimum)) as it is written, so with the
 /// absolute error 1e-16, and 0 where it is smaller; 0 for a rate <= 0.
@@ -37,13 +32,6 @@ Band band(double lambda, double minimum, const Limits& limits, Line caller = Lin
 /// The value at the position p of the kept band: second half of ExponentialVAL. The minimum for
 /// p <= 0 and for a rate <= 0; error 5 where the band ends at 1 and p >= 1.
 double value(double p, double lambda, double minimum, const Band& band, Line caller = Line::here());
-
-/// Mean and standard deviation of what the limits keep, in closed form. Error 11 when they keep no
-/// probability.
-Moments moments(double lambda, double minimum, const Limits& limits);
-
-/// The same by numerical integration.
-Moments integratedMoments(double lambda, double minimum, const Limits& limits);
 
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double ExponentialPDF(double x, double lambda, double minimum, const Variant& ltl,

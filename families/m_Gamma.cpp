@@ -7,7 +7,7 @@
 #include <limits>
 #include <string>
 
-#include "families/m_GammaRatio.h"
+#include "numerics/m_GammaRatio.h"
 #include "numerics/m_RootFinding.h"
 
 namespace palvex::m_Gamma {
@@ -69,8 +69,6 @@ Refusal searchShape(double p, double q, double z, double& shape) {
   if (status != -1) return {0, 0};
   return qleft ? Refusal{1, lowestShape} : Refusal{2, greatestShape};
 }
-
-constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// GammaINV of a number or of a prepared shape.
 template <class Given>
@@ -186,13 +184,6 @@ bool densityHolds(double x, double shape, double scale, double location) noexcep
   return product > 0 && std::isfinite(product);
 }
 
-double stableDensity(double x, double shape, double scale, double location) {
-  if (!(shape > 0 && scale > 0 && x >= location)) return 0;
-  const double z = (x - location) / scale;
-  if (z == 0) return shape < 1 ? std::numeric_limits<double>::infinity() : shape == 1;
-  return std::isinf(z) ? 0 : rcomp(shape, z) / z;
-}
-
 Variant GammaCDF(double x, double shape, double rate, Boolean upper, Line caller) try {
   double p = 0;
   double q = 0;
@@ -246,61 +237,6 @@ double value(double p, const Shape& shape, double scale, double location, const 
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.GammaVAL", caller);
   throw;
-}
-
-void addRatio(PartialMoments& moments, int order, double factor, double a, double lower,
-              double upper) {
-  const bool upperTails = lower > a;
-  const auto add = [&](double x, double sign) {
-    double p = x == 0 ? 0 : 1;
-    double q = 1 - p;
-    double accuracy = 0;
-    if (x > 0 && std::isfinite(x)) {
-      gratio(a, x, p, q, 0);
-      const double condition = std::abs(x - a) + std::sqrt(a) + a * std::abs(std::log(x / a)) + 1;
-      accuracy = 5e-14 + 1e-15 * condition;
-    }
-    const double tail = upperTails ? -q : p;
-    if (tail != 0) {
-      moments.add(static_cast<std::size_t>(order), sign * factor * tail, 6e-15 + accuracy);
-    }
-  };
-  add(upper, 1);
-  add(lower, -1);
-}
-
-std::optional<Moments> moments(double shape, double scale, double location, const Limits& limits) {
-  if (!limits.lower && !limits.upper) {
-    return Moments{location + shape * scale, std::sqrt(shape) * scale};
-  }
-  PartialMoments standardized;
-  for (const Interval& x : KeptIntervals(limits, location, infinity)) {
-    const double lower = (x.lower - location) / scale;
-    const double upper = (x.upper - location) / scale;
-    addRatio(standardized, 0, 1, shape, lower, upper);
-    addRatio(standardized, 1, shape, shape + 1, lower, upper);
-    addRatio(standardized, 2, shape * (shape + 1), shape + 2, lower, upper);
-  }
-  const std::optional<Moments> kept = standardized.moments();
-  if (!kept) return {};
-  return Moments{location + scale * kept->mean, scale * kept->sd};
-}
-
-Moments integratedMoments(double shape, double scale, double location, const Limits& limits) {
-  // t runs over ln(x - location), where the density is largest at x - location = shape scale.
-  const double mode = std::max(shape * scale, std::numeric_limits<double>::min());
-  const double logAtMode = shape * std::log(shape) - shape - gamln(shape);
-  Mixture kept;
-  for (const Interval& x : KeptIntervals(limits, location, infinity)) {
-    const Anchor anchor = anchorAt(mode, location, x);
-    const double y = anchor.isMode ? shape : anchor.fromOrigin / scale;
-    const ExponentialScale t(anchor.fromOrigin, 1);
-    kept.add(integratedPiece(
-        anchor.value, {t.position(anchor.lower), t.position(anchor.upper)}, t,
-        [&](double u) { return (shape - y) * u - y * expm1LessT(u); },
-        logAtMode - deviance(shape, y)));
-  }
-  return kept.moments();
 }
 
 }  // namespace palvex::m_Gamma

@@ -1,90 +1,16 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <string_view>
 
-#include "families/Moments.h"
-#include "runtime/Limits.h"
+#include "families/Truncation.h"
+#include "numerics/m_GammaFunctions.h"
 
-/// The complete gamma functions and the gamma distribution.
+/// The gamma distribution.
 ///
 /// An argument outside a stated domain fails in the arithmetic: error 5, 6 or 11, with the routine
 /// in the trace.
 namespace palvex::m_Gamma {
-
-// The complete gamma functions: A. R. DiDonato, A. H. Morris, Algorithm 654, ACM Trans. Math.
-// Softw. 13 (1987) 318-319.
-
-/// The gamma function of a. 0 where it cannot be computed: a = 0, a negative integer, |a| >= 1000,
-/// a result beyond the double range. Error 6 for a NaN.
-/// Relative error 6e-15 for 0 < a < 15, 3e-16 (1 + |ln gamma(a)|) beyond. For a negative a above
-/// -15 it is up to 3e-6: the argument is reduced with the floor, to where the approximation is used
-/// outside its interval.
-double gamma(double a, Line caller = Line::here());
-
-/// ln gamma(a) for a > 0. Relative error 1.6e-14 on (2.25, 10), where one factor more than needed
-/// is split off when the fraction of a - 1.25 exceeds one half; 2.4e-15 elsewhere.
-double gamln(double a, Line caller = Line::here());
-
-/// ln gamma(1 + a) for -0.2 <= a <= 1.25. Relative error 2.5e-15, also around its zeros at 0 and 1;
-/// 4e-14 down to a = -0.25.
-double gamln1(double a, Line caller = Line::here());
-
-/// 1/gamma(1 + a) - 1 for -0.5 <= a <= 1.5. Relative error 2.5e-15, also around its zeros at 0
-/// and 1.
-double gam1(double a, Line caller = Line::here());
-
-/// exp(-x) x^a / gamma(a) for a > 0, x > 0; 0 for a >= 20 when x/a underflows.
-/// Relative error 6e-15 plus 2.3e-16 times a |ln x| + x for a < 20, and times a rlog(x/a) + |x - a|
-/// beyond: x/a is rounded.
-double rcomp(double a, double x, Line caller = Line::here());
-
-// The incomplete gamma ratios and their inverse: Algorithm 654 as well; theory in A. R. DiDonato,
-// A. H. Morris, ACM Trans. Math. Softw. 12 (1986) 377-393.
-
-/// A finite shape > 0 with what the incomplete gamma ratios at any x derive from it. A draw from
-/// one gives the same bits as a draw from the number, for less time.
-struct Shape {
-  explicit Shape(double a);
-
-  double a;
-  /// 1/gamma(1 + a) - 1 for a < 1.
-  double gam1 = 0;
-  /// exp(-x) x^a / gamma(a) is `factor` exp(-x) x^a for a < 30, `factor` exp(-a rlog(x/a)) beyond.
-  double factor = 0;
-  /// Temme's expansion in powers of sqrt(2 rlog(x/a)), for a >= 30.
-  std::array<double, 14> temme{};
-};
-
-/// P(a, x) into `ans` and Q(a, x) = 1 - P into `qans`: the probability below and above x of the
-/// gamma distribution with shape a.
-///
-/// Each has the relative error 2e-14 where its condition number in x is at most 100 (6e-15 seen),
-/// and 5e-13 for shapes from 1e-3 to 1e7 and tails down to 1e-300; tails below 1e-304 are 0. An a x
-/// that underflows gives the limits (0, 1) for x <= a and (1, 0) for x > a.
-/// @param a    shape, >= 0
-/// @param x    >= 0; a and x not both 0 and not both infinite. An argument outside its range, or
-///             NaN, gives ans = 2 and leaves qans as it is
-/// @param ind  the accuracy asked for: 0 full, 1 six digits, others three. All get the full one.
-void gratio(double a, double x, double& ans, double& qans, std::int16_t ind);
-
-/// The x with P(a, x) = p and Q(a, x) = q.
-///
-/// Relative error 3e-15 (1 + K), K being the larger of the quantile's condition numbers in a and in
-/// the smaller of p and q.
-/// @param a     shape
-/// @param x     receives the solution; 0 where there is none
-/// @param x0    where to start when > 0; otherwise the routine finds a start itself
-/// @param p,q   probabilities with p + q = 1; error 5 when one is negative
-/// @param ierr  the number of iterations, or why there is no solution: -2 a <= 0 (or NaN), -3 x
-///              would underflow, -4 p + q is not 1, -6 20 iterations were not enough (the latest x
-///              is given), -7 the iteration left the positive numbers, -8 x is given, but not
-///              certain: p or q below 2.2e-298, or x beyond the double range
-void gaminv(double a, double& x, double x0, double p, double q, std::int16_t& ierr,
-            Line caller = Line::here());
-void gaminv(const Shape& a, double& x, double x0, double p, double q, std::int16_t& ierr,
-            Line caller = Line::here());
 
 /// P(a, x) into `cum` and Q(a, x) into `ccum`; 0 and 1 for x <= 0. Error 6 for a NaN.
 void cumgam(double x, double a, double& cum, double& ccum, Line caller = Line::here());
@@ -121,10 +47,6 @@ double density(double x, double shape, double scale, double location, const Limi
 
 /// Whether the terms of the untruncated density at x stay in the range of doubles.
 bool densityHolds(double x, double shape, double scale, double location) noexcept;
-
-/// The density without limits, by `rcomp`: it holds where the terms of `density` leave the range of
-/// doubles. Infinite at the location for a shape < 1.
-double stableDensity(double x, double shape, double scale, double location);
 
 /// The probability below x, or above x when `upper` is true, with the accuracy of `gratio`; or a
 /// text that says which argument is out of range: "upper_limit ..." for x < 0, "deg_freedom ..."
@@ -163,21 +85,5 @@ inline double GammaVAL(double p, double shape, double scale, double location,
   return value(p, shape, scale, location,
                band(shape, scale, location, limitsFrom(ltl, utl), caller), caller);
 }
-
-// Moments.
-
-/// Adds factor (P(a, upper) - P(a, lower)) to the sum of an order, from the smaller tails.
-/// @param a       > 0
-/// @param factor  relative error 6e-15
-/// @param lower   >= 0; `upper` may be infinite
-void addRatio(PartialMoments& moments, int order, double factor, double a, double lower,
-              double upper);
-
-/// Mean and standard deviation of what the limits keep: the closed form, or nothing where its terms
-/// would cancel.
-std::optional<Moments> moments(double shape, double scale, double location, const Limits& limits);
-
-/// The same by numerical integration, which holds everywhere.
-Moments integratedMoments(double shape, double scale, double location, const Limits& limits);
 
 }  // namespace palvex::m_Gamma

@@ -382,42 +382,4 @@ double value(double p, const Table& table, const Band& band, Line caller) try {
   throw;
 }
 
-std::pair<double, double> ends(const DensityArray& bins) {
-  checkBuilt(bins.size() >= 3);
-  std::size_t first = 0;
-  std::size_t last = bins.size() / 3 - 1;
-  while (first < last && bins[3 * first + 2] == 0) ++first;
-  while (last > first && bins[3 * last + 2] == 0) --last;
-  return {bins[3 * first], bins[3 * last + 1]};
-}
-
-bool keepsNothing(const DensityArray& bins, const Limits& limits) {
-  if (limits.reversed()) return false;
-  return greatestDensity(bins, limits.lower.value_or(-infinity), limits.upper.value_or(infinity)) ==
-         0;
-}
-
-Moments moments(const DensityArray& bins, const Limits& limits) {
-  Mixture kept;
-  for (std::size_t i = 0; i < bins.size(); i += 3) {
-    for (const auto& [lower, upper] : KeptIntervals(limits, bins[i], bins[i + 1])) {
-      const double width = upper - lower;
-      kept.add({std::log(width * bins[i + 2]), {lower + width / 2, width / std::sqrt(12.0)}});
-    }
-  }
-  return kept.moments();
-}
-
-Moments integratedMoments(const DensityArray& bins, const Limits& limits) {
-  Mixture kept;
-  for (std::size_t i = 0; i < bins.size(); i += 3) {
-    for (const auto& [lower, upper] : KeptIntervals(limits, bins[i], bins[i + 1])) {
-      kept.add(integratedPiece(
-          lower, {0, upper - lower}, LinearScale(1), [](double) { return 0; },
-          std::log(bins[i + 2])));
-    }
-  }
-  return kept.moments();
-}
-
 }  // namespace palvex::m_Histogram

@@ -6,8 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "families/Moments.h"
-#include "runtime/Limits.h"
+#include "families/Truncation.h"
 
 /// The empirical distribution of worksheet data: bins in increasing order, a constant density in
 /// each, density 0 in the gaps between them. One single value is a point mass.
@@ -72,20 +71,6 @@ Band band(const Table& table, const Limits& limits, Line caller = Line::here());
 /// The value at the position p of the kept band: second half of HistogramVAL. The only value of a
 /// point mass, whatever the limits.
 double value(double p, const Table& table, const Band& band, Line caller = Line::here());
-
-/// Where the distribution begins and ends: the outer edges of the outermost bins that hold
-/// anything. Adds no line to the trace.
-std::pair<double, double> ends(const DensityArray& bins);
-
-/// Whether the limits keep nothing but gaps and empty bins.
-bool keepsNothing(const DensityArray& bins, const Limits& limits);
-
-/// Mean and standard deviation of what the limits keep, bin by bin in closed form. Error 11 when
-/// they keep no probability.
-Moments moments(const DensityArray& bins, const Limits& limits);
-
-/// The same by numerical integration.
-Moments integratedMoments(const DensityArray& bins, const Limits& limits);
 
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double HistogramPDF(double x, const DensityArray& bins, const Variant& ltl,

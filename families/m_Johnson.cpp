@@ -73,36 +73,6 @@ bool densityHolds(double x, const JohnsonParams& params, Curve curve) noexcept {
   return u + std::sqrt(u * u + 1) > 0;
 }
 
-double stableDensity(double x, const JohnsonParams& params, Curve curve) noexcept {
-  const double gamma = params.gamma;
-  const double delta = params.delta;
-  const double lambda = params.lambda;
-  if (curve == Curve::normal) return m_Normal::stableDensity(x, lambda, gamma);
-  if (delta <= 0 || lambda <= 0) return 0;
-  // delta e^slope is the derivative of the normal deviate t.
-  const auto density = [&](double t, double slope) {
-    return delta * std::exp(-t * t / 2 + slope) / std::sqrt(twoPi);
-  };
-  const double fromXi = x - params.xi;
-  const double u = fromXi / lambda;
-  switch (curve) {
-    case Curve::SB: {
-      if (!(u > 0 && u < 1)) return 0;
-      const double logit = std::log(u) - std::log1p(-u);
-      return density(gamma + delta * logit, -std::log(u) - std::log1p(-u));
-    }
-    case Curve::SU:
-      return density(gamma + delta * std::asinh(u), -std::log(std::hypot(1, u)));
-    case Curve::SL: {
-      if (!(fromXi > 0)) return 0;
-      const double logX = std::log(fromXi);
-      return density(gamma + delta * (logX - std::log(lambda)), -logX);
-    }
-    default:
-      return 0;
-  }
-}
-
 double cumulative(double x, const JohnsonParams& params, Curve curve, Line caller) try {
   const auto& [gamma, delta, lambda, xi, name, code, message] = params;
   switch (curve) {

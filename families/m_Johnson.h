@@ -6,8 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "families/Moments.h"
-#include "runtime/Limits.h"
+#include "families/Truncation.h"
 
 /// The Johnson system of distributions, given by four moments.
 ///
@@ -16,7 +15,7 @@
 ///   SU (unbounded)   Z = gamma + delta arsinh((X - xi) / lambda)
 ///   SB (bounded)     Z = gamma + delta ln((X - xi) / (xi + lambda - X))
 /// Beside them stands the normal distribution itself. CalcJohnson fits the curve
-/// (m_JohnsonFit.cpp), the other routines evaluate it (m_Johnson.cpp, m_JohnsonMoments.cpp).
+/// (m_JohnsonFit.cpp), the other routines evaluate it (m_Johnson.cpp).
 ///
 /// All routines raise the run-time's arithmetic errors, 6 for an argument that is infinite or NaN
 /// where no limit value exists; each adds its line to the trace of an error that passes it.
@@ -100,10 +99,6 @@ double untruncatedDensity(double x, const JohnsonParams& params, Curve curve,
 /// is taken of rounds to 0.
 bool densityHolds(double x, const JohnsonParams& params, Curve curve) noexcept;
 
-/// The density without limits, from logarithms and ratios: it holds where the terms of `density`
-/// leave the range of doubles. Infinite at a pole; raises nothing.
-double stableDensity(double x, const JohnsonParams& params, Curve curve) noexcept;
-
 /// Probability of a value up to x; 0 everywhere for the normal type and for an SL curve with
 /// lambda = -1.
 double cumulative(double x, const JohnsonParams& params, Curve curve, Line caller = Line::here());
@@ -166,26 +161,5 @@ void SNV(double x, std::int16_t typeCode, double gamma, double delta, double lam
 /// @param result  the variate, 0 with a fault
 void AJV(double z, std::int16_t typeCode, double gamma, double delta, double lambda, double xi,
          std::int16_t& fault, double& result, Line caller = Line::here());
-
-// ---- moments ----
-
-struct CurveMoments {
-  double mean;
-  double stdDev;
-  double skewness;
-  double kurtosis;
-};
-
-/// The moments that a fitted curve really has, by quadrature over the normal deviate to a relative
-/// 1e-10: the fit is loose, and this shows how loose. Error 11 for a record without a curve.
-CurveMoments curveMoments(const JohnsonParams& params);
-
-/// Mean and standard deviation of what the limits keep, renormalised: in closed form (SB by
-/// quadrature over the normal deviate), or nothing where that would lose digits. Those of the true
-/// law, whatever its density and probability report. Error 11 for a record without a curve.
-std::optional<Moments> moments(const JohnsonParams& params, Curve curve, const Limits& limits);
-
-/// The same by numerical integration, which holds everywhere.
-Moments integratedMoments(const JohnsonParams& params, Curve curve, const Limits& limits);
 
 }  // namespace palvex::m_Johnson

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "families/Moments.h"
-#include "runtime/Limits.h"
+#include "families/Truncation.h"
 
 /// The shifted lognormal distribution: minimum + exp(location + scale Z), Z standard normal, so
 /// that `location` and `scale` > 0 are the mean and the standard deviation of the logarithm.
@@ -14,10 +13,6 @@ namespace palvex::m_Lognormal {
 /// scale <= 0.
 double density(double x, double location, double scale, double minimum, const Limits& limits,
                Line caller = Line::here());
-
-/// The density without limits, from logarithms and ratios: it holds where the terms of `density`
-/// leave the range of doubles. Infinite at a pole; raises nothing.
-double stableDensity(double x, double location, double scale, double minimum) noexcept;
 
 /// Probability of a value below x, or above x when `upper` is true. A scale of 0 is a division by
 /// zero above the minimum. An error's description gains the arguments: "lnCDF: (2,0,0,1,False)".
@@ -38,18 +33,6 @@ Band band(double location, double scale, double minimum, const Limits& limits,
 /// scale <= 0.
 double value(double p, double location, double scale, double minimum, const Band& band,
              Line caller = Line::here());
-
-/// The standard deviation of the untruncated distribution; infinite where it exceeds the double
-/// range. Raises nothing.
-/// @param scale  > 0
-double standardDeviation(double location, double scale) noexcept;
-
-/// Mean and standard deviation of what the limits keep: the closed form, or nothing where its terms
-/// would cancel.
-std::optional<Moments> moments(double location, double scale, double minimum, const Limits& limits);
-
-/// The same by numerical integration, which holds everywhere.
-Moments integratedMoments(double location, double scale, double minimum, const Limits& limits);
 
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double LognormalPDF(double x, double location, double scale, double minimum,

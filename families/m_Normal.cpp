@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 
 #include "numerics/Polynomial.h"
 
@@ -12,21 +11,6 @@ namespace palvex::m_Normal {
 namespace {
 
 constexpr double twoPi = 6.28318530717958;
-
-constexpr double infinity = std::numeric_limits<double>::infinity();
-
-/// Adds, with a sign, the integrals of the density, of z times and of z^2 times the density up to
-/// z; or, apart from a constant, their negatives above z.
-void addIntegrals(PartialMoments& moments, double z, bool upper, double sign) {
-  const double tail = (upper ? -sign : sign) * NormalCDF(z, upper);
-  const double bell = sign * std::exp(-z * z / 2) / std::sqrt(twoPi);
-  const double accuracy = std::isinf(z) ? 1e-15 : 1e-15 * (4 + z * z);
-  moments.add(0, tail, accuracy);
-  moments.add(2, tail, accuracy);
-  if (bell == 0) return;
-  moments.add(1, -bell, accuracy);
-  moments.add(2, -z * bell, accuracy);
-}
 
 }  // namespace
 
@@ -38,12 +22,6 @@ double density(double x, double mean, double sd, const Limits& limits, Line call
 } catch (RuntimeError& error) {
   error.leave("m_Normal.NormalPDF", caller);
   throw;
-}
-
-double stableDensity(double x, double mean, double sd) noexcept {
-  if (sd <= 0) return x == mean ? 1 : 0;
-  const double z = (x - mean) / sd;
-  return std::exp(-z * z / 2) / std::sqrt(twoPi) / sd;
 }
 
 double NormalCDF(double x, Boolean upper, Line caller) try {
@@ -218,34 +196,6 @@ double value(double p, double mean, double sd, const Band& band, Line caller) {
     if (isCentral(q) && std::isfinite(x)) return x;
   }
   return trappedValue(p, mean, sd, band, caller);
-}
-
-std::optional<Moments> moments(double mean, double sd, const Limits& limits) {
-  if (!limits.lower && !limits.upper) return Moments{mean, sd};
-  PartialMoments deviate;
-  for (const Interval& x : KeptIntervals(limits, -infinity, infinity)) {
-    const double a = (x.lower - mean) / sd;
-    const double b = (x.upper - mean) / sd;
-    const bool upper = a > 0;  // the smaller tails
-    addIntegrals(deviate, b, upper, 1);
-    addIntegrals(deviate, a, upper, -1);
-  }
-  const std::optional<Moments> kept = deviate.moments();
-  if (!kept) return {};
-  return Moments{mean + sd * kept->mean, sd * kept->sd};
-}
-
-Moments integratedMoments(double mean, double sd, const Limits& limits) {
-  Mixture kept;
-  for (const Interval& x : KeptIntervals(limits, -infinity, infinity)) {
-    const Anchor anchor = anchorAt(0, mean, x);
-    const double z = anchor.fromOrigin / sd;
-    const LinearScale scale(sd);
-    kept.add(integratedPiece(
-        anchor.value, {scale.position(anchor.lower), scale.position(anchor.upper)}, scale,
-        [z](double t) { return -(z + t / 2) * t; }, -z * z / 2 - std::log(twoPi) / 2));
-  }
-  return kept.moments();
 }
 
 }  // namespace palvex::m_Normal

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "families/Moments.h"
-#include "runtime/Limits.h"
+#include "families/Truncation.h"
 
 /// The normal distribution.
 ///
@@ -14,10 +13,6 @@ namespace palvex::m_Normal {
 /// probability. A standard deviation <= 0 is a point mass: density 1 at the mean, 0 elsewhere.
 /// @param sd  standard deviation, > 0 for a true density
 double density(double x, double mean, double sd, const Limits& limits, Line caller = Line::here());
-
-/// The density without limits, from logarithms and ratios: it holds where the terms of `density`
-/// leave the range of doubles. Infinite at a pole; raises nothing.
-double stableDensity(double x, double mean, double sd) noexcept;
 
 /// Probability of the standard normal below x, or above x when `upper` is true; each tail with its
 /// own relative accuracy (4e-15). Exactly 0 or 1 from |x| = 40 on. W. J. Cody, Rational Chebyshev
@@ -38,13 +33,6 @@ Band band(double mean, double sd, const Limits& limits, Line caller = Line::here
 
 /// The value at the position p of the kept band: second half of NormalVAL. The mean when sd = 0.
 double value(double p, double mean, double sd, const Band& band, Line caller = Line::here());
-
-/// Mean and standard deviation of what the limits keep: the closed form, or nothing where its terms
-/// would cancel.
-std::optional<Moments> moments(double mean, double sd, const Limits& limits);
-
-/// The same by numerical integration, which holds everywhere.
-Moments integratedMoments(double mean, double sd, const Limits& limits);
 
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double NormalPDF(double x, double mean, double sd, const Variant& ltl, const Variant& utl,

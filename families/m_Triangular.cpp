@@ -11,16 +11,6 @@ bool ordered(double minimum, double likely, double maximum) {
   return minimum <= likely && likely <= maximum;
 }
 
-/// The piece of an interval where the density runs linearly between its values at the ends, given
-/// in units of the peak of a triangle over `width`.
-Piece linearPiece(const Interval& x, double atLower, double atUpper, double width) {
-  const double length = x.upper - x.lower;
-  const double share = atUpper / (atLower + atUpper);
-  return {
-      std::log(length / width * (atLower + atUpper)),
-      {x.lower + length * (1 + share) / 3, length * std::sqrt((1 + 2 * share * (1 - share)) / 18)}};
-}
-
 }  // namespace
 
 double density(double x, double minimum, double likely, double maximum, const Limits& limits,
@@ -36,15 +26,6 @@ double density(double x, double minimum, double likely, double maximum, const Li
 } catch (RuntimeError& error) {
   error.leave("m_Triangular.TriangularPDF", caller);
   throw;
-}
-
-double stableDensity(double x, double minimum, double likely, double maximum) noexcept {
-  if (!ordered(minimum, likely, maximum) || !(minimum <= x && x <= maximum)) return 0;
-  if (maximum == minimum) return 1;
-  const double height = 1 / (maximum / 2 - minimum / 2);
-  return x >= likely && likely != maximum
-             ? height * ((maximum / 2 - x / 2) / (maximum / 2 - likely / 2))
-             : height * ((x / 2 - minimum / 2) / (likely / 2 - minimum / 2));
 }
 
 double TriangularCDF(double x, double minimum, double likely, double maximum, Line caller) try {
@@ -99,43 +80,6 @@ double value(double p, double minimum, double likely, double maximum, const Band
 } catch (RuntimeError& error) {
   error.leave("m_Triangular.TriangularVAL", caller);
   throw;
-}
-
-Moments moments(double minimum, double likely, double maximum, const Limits& limits) {
-  if (!ordered(minimum, likely, maximum)) raise(fault::invalidCall);
-  Mixture kept;
-  for (const auto& [lower, upper] : KeptIntervals(limits, minimum, likely)) {
-    kept.add(linearPiece({lower, upper}, (lower - minimum) / (likely - minimum),
-                         (upper - minimum) / (likely - minimum), maximum - minimum));
-  }
-  for (const auto& [lower, upper] : KeptIntervals(limits, likely, maximum)) {
-    kept.add(linearPiece({lower, upper}, (maximum - lower) / (maximum - likely),
-                         (maximum - upper) / (maximum - likely), maximum - minimum));
-  }
-  return kept.moments();
-}
-
-Moments integratedMoments(double minimum, double likely, double maximum, const Limits& limits) {
-  if (!ordered(minimum, likely, maximum)) raise(fault::invalidCall);
-  // t runs from the interval's end next to the peak, in units of the distance to the outer end of
-  // the side.
-  const double width = maximum - minimum;
-  Mixture kept;
-  for (const auto& [lower, upper] : KeptIntervals(limits, minimum, likely)) {
-    const double outward = upper - minimum;
-    kept.add(integratedPiece(
-        upper, {(lower - upper) / outward, 0}, LinearScale(outward),
-        [](double t) { return std::log1p(t); },
-        2 * std::log(outward) - std::log(likely - minimum) - std::log(width)));
-  }
-  for (const auto& [lower, upper] : KeptIntervals(limits, likely, maximum)) {
-    const double outward = maximum - lower;
-    kept.add(integratedPiece(
-        lower, {0, (upper - lower) / outward}, LinearScale(outward),
-        [](double t) { return std::log1p(-t); },
-        2 * std::log(outward) - std::log(maximum - likely) - std::log(width)));
-  }
-  return kept.moments();
 }
 
 }  // namespace palvex::m_Triangular

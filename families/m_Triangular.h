@@ -1,7 +1,6 @@
 #pragma once
 
-#include "families/Moments.h"
-#include "runtime/Limits.h"
+#include "families/Truncation.h"
 
 /// The triangular distribution: a density that rises linearly from `minimum` to `likely` and falls
 /// to `maximum`.
@@ -17,10 +16,6 @@ namespace palvex::m_Triangular {
 /// density 1 there, whatever the limits.
 double density(double x, double minimum, double likely, double maximum, const Limits& limits,
                Line caller = Line::here());
-
-/// The density without limits, from logarithms and ratios: it holds where the terms of `density`
-/// leave the range of doubles. Infinite at a pole; raises nothing.
-double stableDensity(double x, double minimum, double likely, double maximum) noexcept;
 
 /// Probability of a value up to x, in [0, 1].
 double TriangularCDF(double x, double minimum, double likely, double maximum,
@@ -39,13 +34,6 @@ Band band(double minimum, double likely, double maximum, const Limits& limits,
 /// equal bounds.
 double value(double p, double minimum, double likely, double maximum, const Band& band,
              Line caller = Line::here());
-
-/// Mean and standard deviation of what the limits keep, in closed form. Error 11 when they keep no
-/// probability, 5 for parameters that are not in order.
-Moments moments(double minimum, double likely, double maximum, const Limits& limits);
-
-/// The same by numerical integration.
-Moments integratedMoments(double minimum, double likely, double maximum, const Limits& limits);
 
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double TriangularPDF(double x, double minimum, double likely, double maximum,

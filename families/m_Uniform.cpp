@@ -16,11 +16,6 @@ double density(double x, double minimum, double maximum, const Limits& limits, L
   throw;
 }
 
-double stableDensity(double x, double minimum, double maximum) noexcept {
-  if (!(minimum <= x && x <= maximum)) return 0;
-  return maximum == minimum ? 1 : 0.5 / (maximum / 2 - minimum / 2);
-}
-
 double UniformCDF(double x, double minimum, double maximum, Line caller) try {
   refuseNaN(x);
   if (minimum > maximum) std::swap(minimum, maximum);
@@ -57,25 +52,6 @@ double value(double p, double minimum, double maximum, const Band& band, Line ca
 } catch (RuntimeError& error) {
   error.leave("m_Uniform.UniformVAL", caller);
   throw;
-}
-
-Moments moments(double minimum, double maximum, const Limits& limits) {
-  Mixture kept;
-  for (const auto& [lower, upper] : KeptIntervals(limits, minimum, maximum)) {
-    const double width = upper - lower;
-    kept.add({std::log(width / (maximum - minimum)), {lower + width / 2, width / std::sqrt(12.0)}});
-  }
-  return kept.moments();
-}
-
-Moments integratedMoments(double minimum, double maximum, const Limits& limits) {
-  Mixture kept;
-  for (const auto& [lower, upper] : KeptIntervals(limits, minimum, maximum)) {
-    kept.add(integratedPiece(
-        lower, {0, upper - lower}, LinearScale(1), [](double) { return 0; },
-        -std::log(maximum - minimum)));
-  }
-  return kept.moments();
 }
 
 }  // namespace palvex::m_Uniform

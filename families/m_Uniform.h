@@ -1,7 +1,6 @@
 #pragma once
 
-#include "families/Moments.h"
-#include "runtime/Limits.h"
+#include "families/Truncation.h"
 
 /// The uniform distribution from `minimum` to `maximum`.
 ///
@@ -14,10 +13,6 @@ namespace palvex::m_Uniform {
 /// the limits cut x away. Equal bounds are a point mass: density 1 there, whatever the limits.
 double density(double x, double minimum, double maximum, const Limits& limits,
                Line caller = Line::here());
-
-/// The density without limits, from logarithms and ratios: it holds where the terms of `density`
-/// leave the range of doubles. Infinite at a pole; raises nothing.
-double stableDensity(double x, double minimum, double maximum) noexcept;
 
 /// Probability of a value up to x, in [0, 1].
 double UniformCDF(double x, double minimum, double maximum, Line caller = Line::here());
@@ -32,13 +27,6 @@ Band band(double minimum, double maximum, const Limits& limits, Line caller = Li
 /// bounds, 0 with bounds in the wrong order.
 double value(double p, double minimum, double maximum, const Band& band,
              Line caller = Line::here());
-
-/// Mean and standard deviation of what the limits keep, in closed form. Error 11 when they keep no
-/// probability.
-Moments moments(double minimum, double maximum, const Limits& limits);
-
-/// The same by numerical integration.
-Moments integratedMoments(double minimum, double maximum, const Limits& limits);
 
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double UniformPDF(double x, double minimum, double maximum, const Variant& ltl,

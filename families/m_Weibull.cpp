@@ -1,17 +1,10 @@
 #include "families/m_Weibull.h"
 
 #include <cmath>
-#include <limits>
 
 #include "families/m_Gamma.h"
 
 namespace palvex::m_Weibull {
-
-namespace {
-
-constexpr double infinity = std::numeric_limits<double>::infinity();
-
-}  // namespace
 
 double density(double x, double shape, double scale, double minimum, const Limits& limits,
                Line caller) try {
@@ -30,15 +23,6 @@ bool densityHolds(double x, double shape, double scale, double minimum) noexcept
   const double z = (x - minimum) / scale;
   return std::isfinite(std::pow(z, shape)) &&
          std::isfinite(std::pow(z, shape - 1) * (shape / scale));
-}
-
-double stableDensity(double x, double shape, double scale, double minimum) noexcept {
-  if (!(shape > 0 && scale > 0 && x >= minimum)) return 0;
-  if (shape == 1) return std::exp(-(x - minimum) / scale) / scale;
-  const double logZ = std::log(x - minimum) - std::log(scale);
-  const double fall = std::exp(shape * logZ);
-  if (std::isinf(fall)) return 0;
-  return std::exp((shape - 1) * logZ + std::log(shape) - std::log(scale) - fall);
 }
 
 double WeibullCDF(double x, double shape, double scale, double minimum, Line caller) try {
@@ -77,39 +61,6 @@ double value(double p, double shape, double scale, double minimum, const Band& b
 } catch (RuntimeError& error) {
   error.leave("m_Weibull.WeibullVAL", caller);
   throw;
-}
-
-std::optional<Moments> moments(double shape, double scale, double minimum, const Limits& limits) {
-  constexpr double largestArgument = 170;  // of a gamma function within the double range
-  if (1 + 2 / shape > largestArgument) return {};
-  PartialMoments standardized;
-  for (const Interval& x : KeptIntervals(limits, minimum, infinity)) {
-    const double lower = std::pow((x.lower - minimum) / scale, shape);
-    const double upper = std::pow((x.upper - minimum) / scale, shape);
-    for (const int order : {0, 1, 2}) {
-      const double argument = 1 + order / shape;
-      m_Gamma::addRatio(standardized, order, m_Gamma::gamma(argument), argument, lower, upper);
-    }
-  }
-  const std::optional<Moments> kept = standardized.moments();
-  if (!kept) return {};
-  return Moments{minimum + scale * kept->mean, scale * kept->sd};
-}
-
-Moments integratedMoments(double shape, double scale, double minimum, const Limits& limits) {
-  Mixture kept;
-  for (const Interval& x : KeptIntervals(limits, minimum, infinity)) {
-    const Anchor anchor = anchorAt(scale, minimum, x);
-    const double y = anchor.fromOrigin;
-    const double logPower = shape * logRatio(y, scale, y - scale);
-    const double power = std::exp(logPower);
-    // t runs over the logarithm of ((x - minimum)/scale)^shape.
-    const ExponentialScale t(y, 1 / shape);
-    kept.add(integratedPiece(
-        anchor.value, {t.position(anchor.lower), t.position(anchor.upper)}, t,
-        [power](double u) { return (1 - power) * u - power * expm1LessT(u); }, logPower - power));
-  }
-  return kept.moments();
 }
 
 }  // namespace palvex::m_Weibull

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "families/Moments.h"
-#include "runtime/Limits.h"
+#include "families/Truncation.h"
 
 /// The Weibull distribution with `shape` > 0 and `scale` > 0, shifted to start at `minimum`.
 ///
@@ -17,10 +16,6 @@ double density(double x, double shape, double scale, double minimum, const Limit
 
 /// Whether the terms of the untruncated density at x stay in the range of doubles.
 bool densityHolds(double x, double shape, double scale, double minimum) noexcept;
-
-/// The density without limits, from logarithms and ratios: it holds where the terms of `density`
-/// leave the range of doubles. Infinite at a pole; raises nothing.
-double stableDensity(double x, double shape, double scale, double minimum) noexcept;
 
 /// Probability of a value up to x: 1 - exp(-z^shape) as it is written, so with the absolute error
 /// 1e-16, and 0 where it is smaller; 0 for a
@@ -45,13 +40,6 @@ Band band(double shape, double scale, double minimum, const Limits& limits,
 /// and for a shape or scale <= 0.
 double value(double p, double shape, double scale, double minimum, const Band& band,
              Line caller = Line::here());
-
-/// Mean and standard deviation of what the limits keep: the closed form, or nothing where its terms
-/// would cancel.
-std::optional<Moments> moments(double shape, double scale, double minimum, const Limits& limits);
-
-/// The same by numerical integration, which holds everywhere.
-Moments integratedMoments(double shape, double scale, double minimum, const Limits& limits);
 
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double WeibullPDF(double x, double shape, double scale, double minimum, const Variant& ltl,

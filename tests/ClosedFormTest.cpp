@@ -19,6 +19,7 @@
 #include "families/m_Triangular.h"
 #include "families/m_Uniform.h"
 #include "families/m_Weibull.h"
+#include "laws/Lognormal.h"
 
 namespace palvex {
 namespace {
@@ -238,14 +239,16 @@ TEST(ClosedForm, AverageOfDrawsIsTheMean) {
 }
 
 TEST(ClosedForm, StandardDeviationOfTheLognormal) {
-  EXPECT_NEAR(standardDeviation(1, 0.5) / (std::exp(1.125) * std::sqrt(std::expm1(0.25))), 1,
-              1e-15);
+  EXPECT_NEAR(laws::Lognormal(1, 0.5, 0).standardDeviation() /
+                  (std::exp(1.125) * std::sqrt(std::expm1(0.25))),
+              1, 1e-15);
   // exp(s^2) alone overflows from s = 26.7 on; the location makes up for it.
-  EXPECT_NEAR(standardDeviation(-900, 30), 1, 1e-12);
-  EXPECT_NEAR(standardDeviation(1000, 1e-200) / std::exp(1000 - 200 * std::numbers::ln10), 1,
-              1e-12);
-  EXPECT_EQ(standardDeviation(0, 27), infinity);
-  EXPECT_EQ(standardDeviation(709.1, 1), infinity);
+  EXPECT_NEAR(laws::Lognormal(-900, 30, 0).standardDeviation(), 1, 1e-12);
+  EXPECT_NEAR(laws::Lognormal(1000, 1e-200, 0).standardDeviation() /
+                  std::exp(1000 - 200 * std::numbers::ln10),
+              1, 1e-12);
+  EXPECT_EQ(laws::Lognormal(0, 27, 0).standardDeviation(), infinity);
+  EXPECT_EQ(laws::Lognormal(709.1, 1, 0).standardDeviation(), infinity);
 }
 
 TEST(ClosedForm, FaultsAreNumberedAndTraced) {

@@ -7,6 +7,7 @@
 #include "FakeRange.h"
 #include "Fault.h"
 #include "families/m_Histogram.h"
+#include "laws/Histogram.h"
 
 namespace palvex::m_Histogram {
 namespace {
@@ -295,7 +296,7 @@ TEST(Histogram, RandomDataHoldTheIdentities) {
       EXPECT_NEAR(HistogramCDF(HistogramINV(p, table), table), p, 1e-11);
       const double a = least + (greatest - least) * uniform(random);
       const double b = least + (greatest - least) * uniform(random);
-      if (a == b || keepsNothing(density, {a, b})) continue;
+      if (a == b || laws::Histogram(density).keepsNothing({a, b})) continue;
       const double drawn = HistogramVAL(p, table, a, b);
       const double slack = 1e-13 * (greatest - least);
       if (a < b) {

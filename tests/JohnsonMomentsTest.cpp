@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "Fault.h"
-#include "families/m_Johnson.h"
+#include "laws/Johnson.h"
 
 namespace palvex::m_Johnson {
 namespace {
@@ -35,12 +35,12 @@ TEST(JohnsonMoments, AgreeWithHighPrecisionReferences) {
     const double sd = number(8);
     // A limit is a double beside xi: the deviate of one in a far tail is only as good as that.
     const double ulp = 4e-16 * (std::abs(mean) + std::abs(c.xi));
-    const auto expectAgreement = [&](const Moments& got, const char* how) {
+    const auto expectAgreement = [&](const laws::Moments& got, const char* how) {
       EXPECT_NEAR(got.mean, mean, 1e-10 * sd + ulp) << how << ' ' << row;
       EXPECT_NEAR(got.sd, sd, 1e-10 * sd + ulp) << how << ' ' << row;
     };
-    expectAgreement(integratedMoments(c, curveOf(name), limits), "integrated");
-    if (const auto found = moments(c, curveOf(name), limits)) {
+    expectAgreement(laws::Johnson(c, curveOf(name)).integratedMoments(limits), "integrated");
+    if (const auto found = laws::Johnson(c, curveOf(name)).moments(limits)) {
       expectAgreement(*found, "closed form");
       ++closed[name];
     }
@@ -61,10 +61,10 @@ TEST(JohnsonMoments, BesideTheUpperEndOfABoundedCurve) {
     JohnsonParams curve;
     CalcJohnson(c.mean, c.sd, c.skewness, c.kurtosis, curve);
     ASSERT_EQ(curve.typeName, "SB");
-    const Moments integrated = integratedMoments(curve, Curve::SB, {});
+    const laws::Moments integrated = laws::Johnson(curve, Curve::SB).integratedMoments({});
     EXPECT_NEAR(integrated.mean, c.mean, 1e-4 * c.sd) << c.skewness;
     EXPECT_NEAR(integrated.sd, c.sd, 1e-4 * c.sd) << c.skewness;
-    if (const auto closed = moments(curve, Curve::SB, {})) {
+    if (const auto closed = laws::Johnson(curve, Curve::SB).moments({})) {
       EXPECT_NEAR(integrated.mean, closed->mean, 1e-8 * c.sd) << c.skewness;
       EXPECT_NEAR(integrated.sd, closed->sd, 1e-8 * c.sd) << c.skewness;
     }
@@ -73,24 +73,29 @@ TEST(JohnsonMoments, BesideTheUpperEndOfABoundedCurve) {
 
 TEST(JohnsonMoments, OfANormalRecordAndOfNone) {
   const JohnsonParams normal{2, 0, 10, 0, "Normal", 4, ""};
-  const Moments whole = moments(normal, Curve::normal, {}).value();
+  const laws::Moments whole = laws::Johnson(normal, Curve::normal).moments({}).value();
   EXPECT_EQ(whole.mean, 10);
   EXPECT_EQ(whole.sd, 2);
-  const Moments half = moments(normal, Curve::normal, {.lower = 10, .upper = {}}).value();
+  const laws::Moments half =
+      laws::Johnson(normal, Curve::normal).moments({.lower = 10, .upper = {}}).value();
   EXPECT_NEAR(half.mean, 10 + 2 * std::sqrt(2 / M_PI), 1e-14);
   const JohnsonParams failed{0, 0, 0, 0, "SB", 3, ""};
   for (const Curve curve : {Curve::SB, Curve::none}) {
-    EXPECT_EQ(faultNumber([&] { return moments(failed, curve, {}).has_value(); }), 11);
-    EXPECT_EQ(faultNumber([&] { return integratedMoments(failed, curve, {}).mean; }), 11);
+    EXPECT_EQ(faultNumber([&] { return laws::Johnson(failed, curve).moments({}).has_value(); }),
+              11);
+    EXPECT_EQ(faultNumber([&] { return laws::Johnson(failed, curve).integratedMoments({}).mean; }),
+              11);
   }
   // Limits beyond the ends of a bounded curve, and deeper in a tail than doubles reach.
   const JohnsonParams sb{-0.4, 0.8, 5, -1, "SB", 3, ""};
   const JohnsonParams su{0.7, 1.5, 2, 10, "SU", 2, ""};
   const Limits above{.lower = 4, .upper = {}};
   const Limits far{.lower = 1e30, .upper = {}};
-  EXPECT_EQ(faultNumber([&] { return integratedMoments(sb, Curve::SB, above).mean; }), 11);
-  EXPECT_EQ(faultNumber([&] { return integratedMoments(su, Curve::SU, far).mean; }), 11);
-  EXPECT_FALSE(moments(sb, Curve::SB, above));
+  EXPECT_EQ(faultNumber([&] { return laws::Johnson(sb, Curve::SB).integratedMoments(above).mean; }),
+            11);
+  EXPECT_EQ(faultNumber([&] { return laws::Johnson(su, Curve::SU).integratedMoments(far).mean; }),
+            11);
+  EXPECT_FALSE(laws::Johnson(sb, Curve::SB).moments(above));
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "Fault.h"
 #include "families/m_Johnson.h"
 #include "families/m_Normal.h"
+#include "laws/Johnson.h"
 
 namespace palvex::m_Johnson {
 namespace {
@@ -33,7 +34,7 @@ double lognormalKurtosis(double skewness) {
 }
 
 /// The moments of an SL or SU curve in closed form (N. L. Johnson, Biometrika 36 (1949) 149-176).
-CurveMoments closedMoments(const JohnsonParams& c) {
+laws::Johnson::CurveMoments closedMoments(const JohnsonParams& c) {
   const double w = std::exp(1 / (c.delta * c.delta));
   const double omega = c.gamma / c.delta;
   if (c.typeName == "SL") {
@@ -54,8 +55,8 @@ CurveMoments closedMoments(const JohnsonParams& c) {
           third / std::pow(variance, 1.5), fourth / (variance * variance)};
 }
 
-void expectMoments(const CurveMoments& got, const CurveMoments& asked, double location,
-                   double skewness, double kurtosis, const std::string& where) {
+void expectMoments(const laws::Johnson::CurveMoments& got, const laws::Johnson::CurveMoments& asked,
+                   double location, double skewness, double kurtosis, const std::string& where) {
   EXPECT_NEAR(got.mean, asked.mean, location * asked.stdDev) << where;
   EXPECT_NEAR(got.stdDev, asked.stdDev, location * asked.stdDev) << where;
   EXPECT_NEAR(got.skewness, asked.skewness, skewness) << where;
@@ -183,7 +184,7 @@ TEST(JohnsonFit, CurveHasTheAskedMoments) {
     double kurtosis = low + uniform(random) * (line - low);                          // SB
     if (i % 3 == 1) kurtosis = line + 0.02 * uniform(random) - 0.01;                 // SL
     if (i % 3 == 2) kurtosis = line + 0.1 + 60 * uniform(random) * uniform(random);  // SU
-    const CurveMoments asked{-3, 4, skewness, kurtosis};
+    const laws::Johnson::CurveMoments asked{-3, 4, skewness, kurtosis};
     JohnsonParams c;
     try {
       CalcJohnson(asked.mean, asked.stdDev, skewness, kurtosis, c);
@@ -194,11 +195,11 @@ TEST(JohnsonFit, CurveHasTheAskedMoments) {
     const std::string where =
         c.typeName + ' ' + std::to_string(skewness) + ' ' + std::to_string(kurtosis);
     ++seen[c.typeName];
-    const CurveMoments real = curveMoments(c);
+    const laws::Johnson::CurveMoments real = laws::Johnson(c).curveMoments();
     if (c.typeName == "SB") {
       expectMoments(real, asked, 1e-3, 1e-4, 1e-4 * kurtosis, where);
     } else {
-      const CurveMoments closed = closedMoments(c);
+      const laws::Johnson::CurveMoments closed = closedMoments(c);
       expectMoments(real, closed, 1e-10, 1e-9, 1e-9 * kurtosis, where);
       const bool su = c.typeName == "SU";
       expectMoments(closed, asked, 1e-9, su ? 0.05 : 1e-8, su ? 0.015 * kurtosis : 0.0101, where);
@@ -214,7 +215,7 @@ TEST(JohnsonFit, MomentsOfABoundedCurve) {
   // delta))
   const struct {
     JohnsonParams curve;
-    CurveMoments expected;
+    laws::Johnson::CurveMoments expected;
   } cases[] = {
       {{0.5, 1.2, 10, -3, "SB", 3, ""},
        {1.1047064340833807, 1.7692889905581313, 0.29238263559071884, 2.4138882176544124}},
@@ -226,13 +227,16 @@ TEST(JohnsonFit, MomentsOfABoundedCurve) {
        {0.98404599607027851, 0.99186369639007664, 0.031912208409314115, 1.0117443516638075}},
   };
   for (const auto& [curve, expected] : cases) {
-    expectMoments(curveMoments(curve), expected, 1e-12, 1e-11, 1e-11, std::to_string(curve.gamma));
+    expectMoments(laws::Johnson(curve).curveMoments(), expected, 1e-12, 1e-11, 1e-11,
+                  std::to_string(curve.gamma));
   }
-  const CurveMoments normal = curveMoments(fitted(5, 2, 0, 3));
+  const laws::Johnson::CurveMoments normal = laws::Johnson(fitted(5, 2, 0, 3)).curveMoments();
   EXPECT_EQ(std::tuple(normal.mean, normal.stdDev, normal.skewness, normal.kurtosis),
             std::tuple(5, 2, 0, 3));
-  EXPECT_EQ(faultNumber([] { return curveMoments(fitted(5, 2, 2.084, 11.55)).mean; }), 11);
-  EXPECT_EQ(faultNumber([] { return curveMoments({}).mean; }), 11);
+  EXPECT_EQ(
+      faultNumber([] { return laws::Johnson(fitted(5, 2, 2.084, 11.55)).curveMoments().mean; }),
+      11);
+  EXPECT_EQ(faultNumber([] { return laws::Johnson(JohnsonParams{}).curveMoments().mean; }), 11);
 }
 
 // ---- failures ----

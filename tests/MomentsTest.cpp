@@ -11,10 +11,12 @@
 
 #include "Fault.h"
 #include "engine/c_Distribution.h"
-#include "families/m_Gamma.h"
-#include "families/m_Lognormal.h"
-#include "families/m_Normal.h"
-#include "families/m_Weibull.h"
+#include "laws/Beta.h"
+#include "laws/Gamma.h"
+#include "laws/Histogram.h"
+#include "laws/Lognormal.h"
+#include "laws/Normal.h"
+#include "laws/Weibull.h"
 
 namespace palvex {
 namespace {
@@ -136,7 +138,8 @@ Limits limitsOf(int kind, double x, double y) {
   }
 }
 
-void expectAgreement(const Moments& closed, const Moments& integrated, const std::string& what) {
+void expectAgreement(const laws::Moments& closed, const laws::Moments& integrated,
+                     const std::string& what) {
   const double sd = integrated.sd;
   EXPECT_NEAR(closed.mean, integrated.mean, 1e-10 * sd + 4e-16 * std::abs(integrated.mean)) << what;
   EXPECT_NEAR(closed.sd, sd, 1e-10 * sd) << what;
@@ -192,14 +195,14 @@ TEST(Moments, ClosedFormAndIntegrationAgreeOnHistograms) {
     const m_Histogram::DensityArray bins = randomBins(random);
     const auto edge = [&] { return random.uniform(bins.front(), *(bins.end() - 2)); };
     const Limits limits = limitsOf(i, edge(), edge());
-    if (m_Histogram::keepsNothing(bins, limits)) continue;
-    expectAgreement(m_Histogram::moments(bins, limits),
-                    m_Histogram::integratedMoments(bins, limits), std::to_string(i));
+    if (laws::Histogram(bins).keepsNothing(limits)) continue;
+    expectAgreement(laws::Histogram(bins).moments(limits),
+                    laws::Histogram(bins).integratedMoments(limits), std::to_string(i));
   }
 }
 
 /// The moments of a row of references in both ways.
-std::array<Moments, 2> momentsOf(const std::vector<std::string>& fields) {
+std::array<laws::Moments, 2> momentsOf(const std::vector<std::string>& fields) {
   const auto number = [&](std::size_t i) { return std::stod(fields[i]); };
   Limits limits;
   if (!fields[5].empty()) limits.lower = number(5);
@@ -218,7 +221,7 @@ std::array<Moments, 2> momentsOf(const std::vector<std::string>& fields) {
       total += count;
     }
     for (std::size_t i = 2; i < bins.size(); i += 3) bins[i] /= total;
-    return {m_Histogram::moments(bins, limits), m_Histogram::integratedMoments(bins, limits)};
+    return {laws::Histogram(bins).moments(limits), laws::Histogram(bins).integratedMoments(limits)};
   }
   const auto orEmpty = [](const std::string& text) { return text.empty() ? Variant{} : text; };
   c_Distribution d;
@@ -229,7 +232,7 @@ std::array<Moments, 2> momentsOf(const std::vector<std::string>& fields) {
   std::string cause;
   EXPECT_TRUE(d.ParamsOK(cause)) << cause;
   const double integrated = d.CalcMean();
-  return {Moments{d.mean(), d.StDev()}, Moments{integrated, d.CalcStdev(integrated)}};
+  return {laws::Moments{d.mean(), d.StDev()}, laws::Moments{integrated, d.CalcStdev(integrated)}};
 }
 
 TEST(Moments, AgreeWithHighPrecisionReferences) {
@@ -240,8 +243,8 @@ TEST(Moments, AgreeWithHighPrecisionReferences) {
     std::istringstream stream(row);
     for (std::string field; std::getline(stream, field, ',');) fields.push_back(field);
     ASSERT_EQ(fields.size(), 9U) << row;
-    const Moments reference{std::stod(fields[7]), std::stod(fields[8])};
-    for (const Moments& found : momentsOf(fields)) expectAgreement(found, reference, row);
+    const laws::Moments reference{std::stod(fields[7]), std::stod(fields[8])};
+    for (const laws::Moments& found : momentsOf(fields)) expectAgreement(found, reference, row);
     ++rows[fields[0]];
   }
   EXPECT_EQ(rows.size(), 9U);  // Johnson curves have references of their own
@@ -249,13 +252,13 @@ TEST(Moments, AgreeWithHighPrecisionReferences) {
 }
 
 TEST(Moments, ClosedFormsAnswerNothingWhereTheyWouldCancel) {
-  EXPECT_TRUE(m_Normal::moments(0, 1, {1, 2}));
-  EXPECT_FALSE(m_Normal::moments(0, 1, {30, {}}));
-  EXPECT_FALSE(m_Normal::moments(0, 1, {1, 1.0001}));
-  EXPECT_FALSE(m_Gamma::moments(2, 1, 0, {480, {}}));
-  EXPECT_FALSE(m_Beta::moments(2, 3, 0, 1, {0.9999999, {}}));
-  EXPECT_FALSE(m_Lognormal::moments(0, 1e-6, 0, {1.000001, {}}));
-  EXPECT_FALSE(m_Weibull::moments(2000, 1, 0, {}));
+  EXPECT_TRUE(laws::Normal(0, 1).moments({1, 2}));
+  EXPECT_FALSE(laws::Normal(0, 1).moments({30, {}}));
+  EXPECT_FALSE(laws::Normal(0, 1).moments({1, 1.0001}));
+  EXPECT_FALSE(laws::Gamma(2, 1, 0).moments({480, {}}));
+  EXPECT_FALSE(laws::Beta(2, 3, 0, 1).moments({0.9999999, {}}));
+  EXPECT_FALSE(laws::Lognormal(0, 1e-6, 0).moments({1.000001, {}}));
+  EXPECT_FALSE(laws::Weibull(2000, 1, 0).moments({}));
 }
 
 TEST(Moments, AverageOfTheDrawsOnAFineGrid) {

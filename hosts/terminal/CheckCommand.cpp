@@ -2,6 +2,7 @@
 #include "hosts/terminal/Arguments.h"
 #include "hosts/terminal/Commands.h"
 #include "hosts/terminal/Output.h"
+#include "laws/Johnson.h"
 
 namespace palvex::terminal {
 
@@ -25,7 +26,7 @@ Table johnsonTable(const std::vector<DistributionArguments::Item>& items) {
   const bool fitted = curve.gamma != 0 || curve.delta != 0 || curve.lambda != 0 || curve.xi != 0;
   std::array<Table::Cell, 4> moments;
   if (fitted) {
-    const auto [mean, stdDev, skewness, kurtosis] = m_Johnson::curveMoments(curve);
+    const auto [mean, stdDev, skewness, kurtosis] = laws::Johnson(curve).curveMoments();
     moments = {mean, stdDev, skewness, kurtosis};
   }
 

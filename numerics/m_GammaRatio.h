@@ -1,6 +1,6 @@
 #pragma once
 
-#include "families/m_Gamma.h"
+#include "numerics/m_GammaFunctions.h"
 
 /// The incomplete gamma ratios as the routines of the family share them.
 namespace palvex::m_Gamma {

@@ -8,9 +8,9 @@
 
 #include "runtime/Limits.h"
 
-/// What the families share for the mean and the standard deviation of the law that limits keep.
+/// What the laws share for the mean and the standard deviation of the law that limits keep.
 ///
-/// Each family has two ways to them. `moments` is its closed form; where the terms of that would
+/// Each law has two ways to them. `moments` is its closed form; where the terms of that would
 /// cancel (a narrow band, a far tail) it answers nothing rather than a wrong number.
 /// `integratedMoments` integrates the density numerically and holds everywhere: distances,
 /// densities and tails are taken relative to an anchor inside the kept interval, so that nothing
@@ -18,7 +18,7 @@
 ///
 /// These routines have no trap. Errors: 11 when what the limits keep has no probability in double
 /// precision, 6 for a result beyond the double range.
-namespace palvex {
+namespace palvex::laws {
 
 struct Moments {
   double mean;
@@ -227,4 +227,4 @@ Piece integratedPiece(double anchor, const Interval& t, const Scale& scale,
 /// e^t - 1 - t, without cancellation around 0.
 double expm1LessT(double t);
 
-}  // namespace palvex
+}  // namespace palvex::laws

@@ -1,4 +1,4 @@
-#include "runtime/Limits.h"
+#include "families/Truncation.h"
 
 namespace palvex {
 

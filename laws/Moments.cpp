@@ -1,4 +1,4 @@
-#include "families/Moments.h"
+#include "laws/Moments.h"
 
 #include <algorithm>
 #include <limits>
@@ -7,7 +7,7 @@
 #include "numerics/m_Integration.h"
 #include "runtime/Arithmetic.h"
 
-namespace palvex {
+namespace palvex::laws {
 
 namespace {
 
@@ -217,4 +217,4 @@ double expm1LessT(double t) {
   return sum;
 }
 
-}  // namespace palvex
+}  // namespace palvex::laws

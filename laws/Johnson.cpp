@@ -1,25 +1,28 @@
-// The moments of a Johnson curve, whole or between limits.
+#include "laws/Johnson.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <vector>
 
-#include "families/m_Johnson.h"
-#include "families/m_Lognormal.h"
 #include "families/m_Normal.h"
+#include "laws/Lognormal.h"
+#include "laws/Normal.h"
 #include "numerics/m_Integration.h"
 
-namespace palvex::m_Johnson {
+namespace palvex::laws {
 
 namespace {
 
 constexpr double twoPi = 6.28318530717958648;
+using m_Johnson::Curve;
+using Constants = Johnson::Constants;
+
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// What a fit without a curve leaves has no moments.
-void refuseUnfitted(const JohnsonParams& params, Curve curve) {
-  if (curve == Curve::none || (curve != Curve::normal && !(params.delta > 0))) {
+void refuseUnfitted(const Constants& c) {
+  if (c.curve == Curve::none || (c.curve != Curve::normal && !(c.delta > 0))) {
     raise(fault::divisionByZero);
   }
 }
@@ -29,12 +32,12 @@ double logistic(double u) {
 }
 
 /// The variate of the standard curve (xi = 0, scale 1) at the normal deviate z.
-double standardVariate(double z, const JohnsonParams& params) {
-  const double t = (z - params.gamma) / params.delta;
-  switch (params.typeCode) {
-    case 1:
-      return params.lambda * std::exp((params.lambda * z - params.gamma) / params.delta);
-    case 2:
+double standardVariate(double z, const Constants& c) {
+  const double t = (z - c.gamma) / c.delta;
+  switch (c.curve) {
+    case Curve::SL:
+      return c.lambda * std::exp((c.lambda * z - c.gamma) / c.delta);
+    case Curve::SU:
       return std::sinh(t);
     default:
       return logistic(t);
@@ -54,36 +57,9 @@ double expectation(double reach, double step, Function&& f) {
   return checked(sum * step / std::sqrt(twoPi));
 }
 
-}  // namespace
-
-CurveMoments curveMoments(const JohnsonParams& params) {
-  const Curve curve = curveOf(params.typeName);
-  refuseUnfitted(params, curve);
-  if (curve == Curve::normal) return {params.lambda, params.gamma, 0, 3};
-
-  // The fourth power of an exponential tail exp(z / delta) gathers about z = 4 / delta; a bounded
-  // variate stops growing at z = gamma. Its poles lie pi delta beside the real axis.
-  const double tail = 4 / params.delta;
-  const bool bounded = curve == Curve::SB;
-  const double reach = 10 + (bounded ? std::min(tail, std::abs(params.gamma)) : tail);
-  const double step = std::max(bounded ? std::min(0.2, 0.4 * params.delta) : 0.2, reach * 1e-6);
-
-  const auto variate = [&](double z) { return standardVariate(z, params); };
-  const double mean = expectation(reach, step, variate);
-  const auto central = [&](int order) {
-    return expectation(reach, step, [&](double z) { return std::pow(variate(z) - mean, order); });
-  };
-  const double sd = std::sqrt(central(2));
-  const double scale = curve == Curve::SL ? 1 : params.lambda;
-  return {checked(params.xi + scale * mean), checked(scale * sd), Divide(central(3), sd * sd * sd),
-          Divide(central(4), sd * sd * sd * sd)};
-}
-
-namespace {
-
 /// The normal deviate of x in or at the ends of the range of an SU or SB curve.
-double deviate(double x, const JohnsonParams& c, Curve curve) {
-  if (curve == Curve::SU) return c.gamma + c.delta * std::asinh((x - c.xi) / c.lambda);
+double deviate(double x, const Constants& c) {
+  if (c.curve == Curve::SU) return c.gamma + c.delta * std::asinh((x - c.xi) / c.lambda);
   const double toLower = x - c.xi;
   const double toUpper = c.xi + c.lambda - x;
   if (toLower <= 0) return -infinity;
@@ -91,8 +67,8 @@ double deviate(double x, const JohnsonParams& c, Curve curve) {
   return c.gamma + c.delta * std::log(toLower / toUpper);
 }
 
-KeptIntervals kept(const JohnsonParams& c, Curve curve, const Limits& limits) {
-  if (curve == Curve::SB) return {limits, c.xi, c.xi + c.lambda};
+KeptIntervals kept(const Constants& c, const Limits& limits) {
+  if (c.curve == Curve::SB) return {limits, c.xi, c.xi + c.lambda};
   return {limits, -infinity, infinity};
 }
 
@@ -105,17 +81,18 @@ Limits mirrored(const Limits& limits) {
   return mirror;
 }
 
-template <class LognormalMoments>
-auto ofLognormal(LognormalMoments&& moments, const JohnsonParams& c, const Limits& limits) {
+template <class Result>
+Result ofLognormal(Result (Lognormal::*moments)(const Limits&) const, const Constants& c,
+                   const Limits& limits) {
   const double location = -c.gamma / c.delta;
   const double scale = 1 / c.delta;
-  if (c.lambda > 0) return moments(location, scale, c.xi, limits);
-  return moments(location, scale, -c.xi, mirrored(limits));
+  if (c.lambda > 0) return (Lognormal(location, scale, c.xi).*moments)(limits);
+  return (Lognormal(location, scale, -c.xi).*moments)(mirrored(limits));
 }
 
 // ---- SU: X = xi + lambda sinh((Z - gamma) / delta), a sum of two lognormals ----
 
-Moments wholeUnbounded(const JohnsonParams& c) {
+Moments wholeUnbounded(const Constants& c) {
   const double square = 1 / (c.delta * c.delta);
   const double omega = c.gamma / c.delta;
   const double w = std::exp(square);
@@ -126,7 +103,7 @@ Moments wholeUnbounded(const JohnsonParams& c) {
 /// Adds factor E(exp(k (Z - gamma) / delta); a < Z < b) to the sum of an order: by completing the
 /// square it is a normal integral.
 void addExponential(PartialMoments& sums, std::size_t order, int k, double factor, double a,
-                    double b, const JohnsonParams& c) {
+                    double b, const Constants& c) {
   const double shift = k / c.delta;
   const double exponent = shift * (shift / 2 - c.gamma);
   const bool upper = a > shift;  // the smaller tails
@@ -142,11 +119,11 @@ void addExponential(PartialMoments& sums, std::size_t order, int k, double facto
   add(a, upper ? 1 : -1);
 }
 
-std::optional<Moments> keptUnbounded(const JohnsonParams& c, const Limits& limits) {
+std::optional<Moments> keptUnbounded(const Constants& c, const Limits& limits) {
   PartialMoments sums;  // of sinh
-  for (const Interval& x : kept(c, Curve::SU, limits)) {
-    const double a = deviate(x.lower, c, Curve::SU);
-    const double b = deviate(x.upper, c, Curve::SU);
+  for (const Interval& x : kept(c, limits)) {
+    const double a = deviate(x.lower, c);
+    const double b = deviate(x.upper, c);
     addExponential(sums, 0, 0, 1, a, b, c);
     for (const int sign : {1, -1}) {
       addExponential(sums, 1, sign, sign * 0.5, a, b, c);
@@ -163,15 +140,15 @@ std::optional<Moments> keptUnbounded(const JohnsonParams& c, const Limits& limit
 
 /// By quadrature over the normal deviate; nothing for the far tails and for a spread that is small
 /// against the distance from the nearer end.
-std::optional<Moments> keptBounded(const JohnsonParams& c, const Limits& limits) {
+std::optional<Moments> keptBounded(const Constants& c, const Limits& limits) {
   constexpr double farthest = 12;
   const double side = c.gamma < 0 ? -1 : 1;  // count from the end where most of the values are
   double mass = 0;
   double first = 0;
   double second = 0;
-  for (const Interval& x : kept(c, Curve::SB, limits)) {
-    const double a = std::max(deviate(x.lower, c, Curve::SB), -farthest);
-    const double b = std::min(deviate(x.upper, c, Curve::SB), farthest);
+  for (const Interval& x : kept(c, limits)) {
+    const double a = std::max(deviate(x.lower, c), -farthest);
+    const double b = std::min(deviate(x.upper, c), farthest);
     if (!(a < b)) continue;
     std::vector<double> breaks{a};
     for (const double z : {-4.0, 0.0, 4.0}) {
@@ -200,45 +177,109 @@ std::optional<Moments> keptBounded(const JohnsonParams& c, const Limits& limits)
 
 }  // namespace
 
-std::optional<Moments> moments(const JohnsonParams& params, Curve curve, const Limits& limits) {
-  refuseUnfitted(params, curve);
+Support Johnson::support() const noexcept {
+  switch (c_.curve) {
+    case Curve::SL:
+      return c_.lambda > 0 ? Support{c_.xi, infinity, false}
+                           : Support{-infinity, c_.xi, true, false};
+    case Curve::SB:
+      // A fit that failed without a message has no ends.
+      if (c_.delta > 0) return {c_.xi, c_.xi + c_.lambda, false, false};
+      break;
+    default:
+      break;
+  }
+  return {-infinity, infinity};
+}
+
+double Johnson::density(double x) const noexcept {
+  const auto& [gamma, delta, lambda, xi, curve] = c_;
+  if (curve == Curve::normal) return Normal(lambda, gamma).density(x);
+  if (delta <= 0 || lambda <= 0) return 0;
+  // delta e^slope is the derivative of the normal deviate t.
+  const auto ofDeviate = [delta = delta](double t, double slope) {
+    return delta * std::exp(-t * t / 2 + slope) / std::sqrt(twoPi);
+  };
+  const double fromXi = x - xi;
+  const double u = fromXi / lambda;
   switch (curve) {
-    case Curve::SL: {
-      auto result = ofLognormal(m_Lognormal::moments, params, limits);
-      if (result && params.lambda < 0) result->mean = -result->mean;
-      return result;
+    case Curve::SB: {
+      if (!(u > 0 && u < 1)) return 0;
+      const double logit = std::log(u) - std::log1p(-u);
+      return ofDeviate(gamma + delta * logit, -std::log(u) - std::log1p(-u));
     }
     case Curve::SU:
-      if (!limits.lower && !limits.upper) return wholeUnbounded(params);
-      return keptUnbounded(params, limits);
-    case Curve::SB:
-      return keptBounded(params, limits);
+      return ofDeviate(gamma + delta * std::asinh(u), -std::log(std::hypot(1, u)));
+    case Curve::SL: {
+      if (!(fromXi > 0)) return 0;
+      const double logX = std::log(fromXi);
+      return ofDeviate(gamma + delta * (logX - std::log(lambda)), -logX);
+    }
     default:
-      return m_Normal::moments(params.lambda, params.gamma, limits);
+      return 0;
   }
 }
 
-Moments integratedMoments(const JohnsonParams& params, Curve curve, const Limits& limits) {
-  refuseUnfitted(params, curve);
-  if (curve == Curve::normal)
-    return m_Normal::integratedMoments(params.lambda, params.gamma, limits);
-  if (curve == Curve::SL) {
-    Moments result = ofLognormal(m_Lognormal::integratedMoments, params, limits);
-    if (params.lambda < 0) result.mean = -result.mean;
+Johnson::CurveMoments Johnson::curveMoments() const {
+  refuseUnfitted(c_);
+  if (c_.curve == Curve::normal) return {c_.lambda, c_.gamma, 0, 3};
+
+  // The fourth power of an exponential tail exp(z / delta) gathers about z = 4 / delta; a bounded
+  // variate stops growing at z = gamma. Its poles lie pi delta beside the real axis.
+  const double tail = 4 / c_.delta;
+  const bool bounded = c_.curve == Curve::SB;
+  const double reach = 10 + (bounded ? std::min(tail, std::abs(c_.gamma)) : tail);
+  const double step = std::max(bounded ? std::min(0.2, 0.4 * c_.delta) : 0.2, reach * 1e-6);
+
+  const auto variate = [&](double z) { return standardVariate(z, c_); };
+  const double mean = expectation(reach, step, variate);
+  const auto central = [&](int order) {
+    return expectation(reach, step, [&](double z) { return std::pow(variate(z) - mean, order); });
+  };
+  const double sd = std::sqrt(central(2));
+  const double scale = c_.curve == Curve::SL ? 1 : c_.lambda;
+  return {checked(c_.xi + scale * mean), checked(scale * sd), Divide(central(3), sd * sd * sd),
+          Divide(central(4), sd * sd * sd * sd)};
+}
+
+std::optional<Moments> Johnson::moments(const Limits& limits) const {
+  refuseUnfitted(c_);
+  switch (c_.curve) {
+    case Curve::SL: {
+      auto result = ofLognormal(&Lognormal::moments, c_, limits);
+      if (result && c_.lambda < 0) result->mean = -result->mean;
+      return result;
+    }
+    case Curve::SU:
+      if (!limits.lower && !limits.upper) return wholeUnbounded(c_);
+      return keptUnbounded(c_, limits);
+    case Curve::SB:
+      return keptBounded(c_, limits);
+    default:
+      return Normal(c_.lambda, c_.gamma).moments(limits);
+  }
+}
+
+Moments Johnson::integratedMoments(const Limits& limits) const {
+  refuseUnfitted(c_);
+  if (c_.curve == Curve::normal) return Normal(c_.lambda, c_.gamma).integratedMoments(limits);
+  if (c_.curve == Curve::SL) {
+    Moments result = ofLognormal(&Lognormal::integratedMoments, c_, limits);
+    if (c_.lambda < 0) result.mean = -result.mean;
     return result;
   }
-  if (curve == Curve::SB && params.gamma < 0) {
+  if (c_.curve == Curve::SB && c_.gamma < 0) {
     // Most of the law lies beside the upper end, which is a rounded sum. The mirrored curve has it
     // beside its lower end, where distances are exact.
-    JohnsonParams mirror = params;
-    mirror.gamma = -params.gamma;
-    mirror.xi = -(params.xi + params.lambda);
-    Moments result = integratedMoments(mirror, curve, mirrored(limits));
+    Constants mirror = c_;
+    mirror.gamma = -c_.gamma;
+    mirror.xi = -(c_.xi + c_.lambda);
+    Moments result = Johnson(mirror).integratedMoments(mirrored(limits));
     result.mean = -result.mean;
     return result;
   }
   // Over the normal deviate, from the median where Z = 0.
-  const auto& [gamma, delta, lambda, xi, name, code, message] = params;
+  const auto& [gamma, delta, lambda, xi, curve] = c_;
   const double rate = 1 / delta;
   const double atMedian = -gamma * rate;
   const auto piece = [](const Anchor& anchor, const Interval& t, const Scale& scale, double z) {
@@ -247,8 +288,8 @@ Moments integratedMoments(const JohnsonParams& params, Curve curve, const Limits
         -z * z / 2 - std::log(twoPi) / 2);
   };
   Mixture mixture;
-  for (const Interval& x : kept(params, curve, limits)) {
-    if (curve == Curve::SU) {
+  for (const Interval& x : kept(c_, limits)) {
+    if (c_.curve == Curve::SU) {
       const Anchor anchor = anchorAt(lambda * std::sinh(atMedian), xi, x);
       const double start = anchor.isMode ? atMedian : std::asinh(anchor.fromOrigin / lambda);
       const SinhScale t(lambda, start, rate);
@@ -269,4 +310,4 @@ Moments integratedMoments(const JohnsonParams& params, Curve curve, const Limits
   return mixture.moments();
 }
 
-}  // namespace palvex::m_Johnson
+}  // namespace palvex::laws

@@ -1,12 +1,12 @@
-#include "families/m_BetaRatio.h"
+#include "numerics/m_BetaRatio.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
 
-#include "families/m_BetaFunctions.h"
-#include "families/m_Gamma.h"
+#include "numerics/m_BetaFunctions.h"
+#include "numerics/m_GammaFunctions.h"
 #include "numerics/m_MathUtil.h"
 
 namespace palvex::m_Beta {

@@ -1,6 +1,6 @@
 // The incomplete gamma ratios.
 
-#include "families/m_GammaRatio.h"
+#include "numerics/m_GammaRatio.h"
 
 #include <algorithm>
 #include <array>

@@ -5,9 +5,10 @@
 #include <cmath>
 #include <limits>
 
-#include "families/m_GammaRatio.h"
 #include "numerics/Polynomial.h"
+#include "numerics/m_GammaRatio.h"
 #include "numerics/m_MathUtil.h"
+#include "runtime/Arithmetic.h"
 
 namespace palvex::m_Gamma {
 

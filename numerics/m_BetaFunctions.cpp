@@ -1,11 +1,11 @@
-#include "families/m_BetaFunctions.h"
+#include "numerics/m_BetaFunctions.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 
-#include "families/m_Gamma.h"
 #include "numerics/Polynomial.h"
+#include "numerics/m_GammaFunctions.h"
 #include "numerics/m_MathUtil.h"
 
 namespace palvex::m_Beta {

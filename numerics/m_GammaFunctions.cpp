@@ -3,9 +3,10 @@
 #include <array>
 #include <cmath>
 
-#include "families/m_GammaRatio.h"
 #include "numerics/Polynomial.h"
+#include "numerics/m_GammaRatio.h"
 #include "numerics/m_MathUtil.h"
+#include "runtime/Arithmetic.h"
 
 namespace palvex::m_Gamma {
 

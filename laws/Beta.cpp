@@ -1,0 +1,110 @@
+#include "laws/Beta.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "numerics/m_BetaRatio.h"
+#include "numerics/m_GammaFunctions.h"
+#include "numerics/m_MathUtil.h"
+
+namespace palvex::laws {
+
+namespace {
+
+/// Adds `factor` times a tail of the incomplete beta ratio at x = 1 - y, negative for the upper
+/// one.
+void addTail(PartialMoments& moments, int order, m_Beta::IncompleteBeta& ratio, double x, double y,
+             bool upper, double factor) {
+  m_Beta::Tails tails{x > 0 ? 1.0 : 0.0, y > 0 ? 1.0 : 0.0};
+  double accuracy = 0;
+  if (x > 0 && y > 0) {
+    tails = ratio(x, y);
+    const double condition = (ratio.a() + ratio.b()) / std::min(x, y);
+    accuracy = condition <= 100 ? 5e-14 : 1e-12 + 4e-16 * condition;
+  }
+  const double tail = upper ? -tails.upper : tails.lower;
+  if (tail != 0) moments.add(static_cast<std::size_t>(order), factor * tail, accuracy + 1e-15);
+}
+
+/// ln u^a (1 - u)^b relative to its value at u = p = 1 - q, at a distance t from there in
+/// ln(u/(1 - u)).
+double logDensity(double t, double a, double b, double p, double q) {
+  const double change = p * std::expm1(t);  // of 1/(1 - u), relative
+  if (std::abs(q * std::expm1(-t)) < std::abs(change)) return logDensity(-t, b, a, q, p);
+  if (std::abs(change) > 0.5) return a * t - (a + b) * std::log1p(change);
+  // The same without the part of the logarithm that cancels the slope of a t at the mode.
+  return (a * q - b * p) * t - (a + b) * (p * expm1LessT(t) - m_MathUtil::rlog1(change));
+}
+
+}  // namespace
+
+Support Beta::support() const noexcept {
+  return {minimum_, maximum_};
+}
+
+double Beta::density(double x) const {
+  if (!(alpha_ > 0 && beta_ > 0 && maximum_ > minimum_ && minimum_ <= x && x <= maximum_)) return 0;
+  const auto logPower = [](double base, double exponent) {
+    return exponent == 0 ? 0 : exponent * std::log(base);
+  };
+  const double width = maximum_ / 2 - minimum_ / 2;
+  const double u = (x / 2 - minimum_ / 2) / width;
+  const double v = (maximum_ / 2 - x / 2) / width;
+  const double logFactor =
+      m_Gamma::gamln(alpha_ + beta_) - m_Gamma::gamln(alpha_) - m_Gamma::gamln(beta_);
+  return std::exp(logPower(u, alpha_ - 1) + logPower(v, beta_ - 1) + logFactor);
+}
+
+std::optional<Moments> Beta::moments(const Limits& limits) const {
+  const double width = maximum_ - minimum_;
+  const double sum = alpha_ + beta_;
+  if (!limits.lower && !limits.upper) {
+    return Moments{minimum_ + width * (alpha_ / sum),
+                   width * std::sqrt(alpha_ / sum * (beta_ / sum) / (sum + 1))};
+  }
+  PartialMoments standardized;
+  double factor = 1;
+  for (const int order : {0, 1, 2}) {
+    const double a = alpha_ + order;
+    m_Beta::IncompleteBeta ratio(a, beta_);
+    for (const Interval& x : KeptIntervals(limits, minimum_, maximum_)) {
+      const bool upperTails = (x.lower - minimum_) * beta_ > (maximum_ - x.lower) * a;
+      const auto add = [&](double limit, double sign) {
+        addTail(standardized, order, ratio, (limit - minimum_) / width, (maximum_ - limit) / width,
+                upperTails, sign * factor);
+      };
+      add(x.upper, 1);
+      add(x.lower, -1);
+    }
+    factor *= a / (sum + order);
+  }
+  const std::optional<Moments> kept = standardized.moments();
+  if (!kept) return {};
+  return Moments{minimum_ + width * kept->mean, width * kept->sd};
+}
+
+Moments Beta::integratedMoments(const Limits& limits) const {
+  // t runs over the logarithm of u/(1 - u), where the density is largest at u = alpha/(alpha +
+  // beta).
+  const double width = maximum_ - minimum_;
+  const double sum = alpha_ + beta_;
+  const double logAtMode = alpha_ * std::log(alpha_ / sum) + beta_ * std::log(beta_ / sum) +
+                           m_Gamma::gamln(sum) - m_Gamma::gamln(alpha_) - m_Gamma::gamln(beta_);
+  Mixture kept;
+  for (const Interval& x : KeptIntervals(limits, minimum_, maximum_)) {
+    const Anchor anchor = anchorAt(width * (alpha_ / sum), minimum_, x);
+    const double below = anchor.fromOrigin;
+    const double above = anchor.isMode ? width * (beta_ / sum) : maximum_ - anchor.value;
+    const double fromMode = anchor.isMode ? 0 : std::log(below / above) - std::log(alpha_ / beta_);
+    const LogisticScale t(below, above, 1);
+    kept.add(integratedPiece(
+        anchor.value,
+        {t.position(anchor.lower, maximum_ - x.lower),
+         t.position(anchor.upper, maximum_ - x.upper)},
+        t, [&](double u) { return logDensity(u, alpha_, beta_, below / width, above / width); },
+        logAtMode + logDensity(fromMode, alpha_, beta_, alpha_ / sum, beta_ / sum)));
+  }
+  return kept.moments();
+}
+
+}  // namespace palvex::laws

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "laws/Moments.h"
+#include "laws/Support.h"
+
+namespace palvex::laws {
+
+/// The exponential law with the density lambda exp(-lambda (x - minimum)) for x >= minimum: mean
+/// minimum + 1/lambda.
+class Exponential {
+ public:
+  /// @param lambda  a rate, > 0
+  Exponential(double lambda, double minimum) : lambda_(lambda), minimum_(minimum) {}
+
+  [[nodiscard]] Support support() const noexcept;
+
+  /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
+  /// the density does. Infinite at a pole.
+  [[nodiscard]] double density(double x) const noexcept;
+
+  /// Mean and standard deviation of what the limits keep, in closed form. Error 11 when they keep
+  /// no probability.
+  [[nodiscard]] Moments moments(const Limits& limits) const;
+
+  /// The same by numerical integration, which holds everywhere.
+  [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
+
+ private:
+  double lambda_;
+  double minimum_;
+};
+
+}  // namespace palvex::laws

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "laws/Moments.h"
+#include "laws/Support.h"
+
+namespace palvex::laws {
+
+/// The lognormal law of minimum + exp(location + scale Z), Z standard normal: density
+/// exp(-z^2/2) / (sqrt(2 pi) scale (x - minimum)), z = (ln(x - minimum) - location)/scale, for
+/// x > minimum; mean minimum + exp(location + scale^2/2).
+class Lognormal {
+ public:
+  /// @param scale  > 0
+  Lognormal(double location, double scale, double minimum)
+      : location_(location), scale_(scale), minimum_(minimum) {}
+
+  [[nodiscard]] Support support() const noexcept;
+
+  /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
+  /// the density does. Infinite at a pole.
+  [[nodiscard]] double density(double x) const noexcept;
+
+  /// The standard deviation; infinite where it exceeds the double range.
+  [[nodiscard]] double standardDeviation() const noexcept;
+
+  /// Mean and standard deviation of what the limits keep, in closed form; nothing where its terms
+  /// would cancel.
+  [[nodiscard]] std::optional<Moments> moments(const Limits& limits) const;
+
+  /// The same by numerical integration, which holds everywhere.
+  [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
+
+ private:
+  double location_;
+  double scale_;
+  double minimum_;
+};
+
+}  // namespace palvex::laws

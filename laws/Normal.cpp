@@ -1,0 +1,69 @@
+#include "laws/Normal.h"
+
+#include <cmath>
+#include <limits>
+
+#include "families/m_Normal.h"
+
+namespace palvex::laws {
+
+namespace {
+
+constexpr double twoPi = 6.28318530717958;
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+/// Adds, with a sign, the integrals of the density, of z times and of z^2 times the density up to
+/// z; or, apart from a constant, their negatives above z.
+void addIntegrals(PartialMoments& moments, double z, bool upper, double sign) {
+  const double tail = (upper ? -sign : sign) * m_Normal::NormalCDF(z, upper);
+  const double bell = sign * std::exp(-z * z / 2) / std::sqrt(twoPi);
+  const double accuracy = std::isinf(z) ? 1e-15 : 1e-15 * (4 + z * z);
+  moments.add(0, tail, accuracy);
+  moments.add(2, tail, accuracy);
+  if (bell == 0) return;
+  moments.add(1, -bell, accuracy);
+  moments.add(2, -z * bell, accuracy);
+}
+
+}  // namespace
+
+Support Normal::support() const noexcept {
+  return sd_ == 0 ? Support{mean_, mean_} : Support{-infinity, infinity};
+}
+
+double Normal::density(double x) const noexcept {
+  if (sd_ <= 0) return x == mean_ ? 1 : 0;
+  const double z = (x - mean_) / sd_;
+  return std::exp(-z * z / 2) / std::sqrt(twoPi) / sd_;
+}
+
+std::optional<Moments> Normal::moments(const Limits& limits) const {
+  if (!limits.lower && !limits.upper) return Moments{mean_, sd_};
+  PartialMoments deviate;
+  for (const Interval& x : KeptIntervals(limits, -infinity, infinity)) {
+    const double a = (x.lower - mean_) / sd_;
+    const double b = (x.upper - mean_) / sd_;
+    const bool upper = a > 0;  // the smaller tails
+    addIntegrals(deviate, b, upper, 1);
+    addIntegrals(deviate, a, upper, -1);
+  }
+  const std::optional<Moments> kept = deviate.moments();
+  if (!kept) return {};
+  return Moments{mean_ + sd_ * kept->mean, sd_ * kept->sd};
+}
+
+Moments Normal::integratedMoments(const Limits& limits) const {
+  Mixture kept;
+  for (const Interval& x : KeptIntervals(limits, -infinity, infinity)) {
+    const Anchor anchor = anchorAt(0, mean_, x);
+    const double z = anchor.fromOrigin / sd_;
+    const LinearScale scale(sd_);
+    kept.add(integratedPiece(
+        anchor.value, {scale.position(anchor.lower), scale.position(anchor.upper)}, scale,
+        [z](double t) { return -(z + t / 2) * t; }, -z * z / 2 - std::log(twoPi) / 2));
+  }
+  return kept.moments();
+}
+
+}  // namespace palvex::laws

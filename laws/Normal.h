@@ -1,0 +1,33 @@
+#pragma once
+
+#include "laws/Moments.h"
+#include "laws/Support.h"
+
+namespace palvex::laws {
+
+/// The normal law with the density exp(-z^2/2) / (sqrt(2 pi) sd), z = (x - mean)/sd, on the whole
+/// line: mean `mean`, standard deviation `sd`. Without spread a point mass.
+class Normal {
+ public:
+  /// @param sd  >= 0
+  Normal(double mean, double sd) : mean_(mean), sd_(sd) {}
+
+  [[nodiscard]] Support support() const noexcept;
+
+  /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
+  /// the density does. Infinite at a pole.
+  [[nodiscard]] double density(double x) const noexcept;
+
+  /// Mean and standard deviation of what the limits keep, in closed form; nothing where its terms
+  /// would cancel.
+  [[nodiscard]] std::optional<Moments> moments(const Limits& limits) const;
+
+  /// The same by numerical integration, which holds everywhere.
+  [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
+
+ private:
+  double mean_;
+  double sd_;
+};
+
+}  // namespace palvex::laws

@@ -1,0 +1,75 @@
+#include "laws/Triangular.h"
+
+#include <cmath>
+
+namespace palvex::laws {
+
+namespace {
+
+bool ordered(double minimum, double likely, double maximum) {
+  return minimum <= likely && likely <= maximum;
+}
+
+/// The piece of an interval where the density runs linearly between its values at the ends, given
+/// in units of the peak of a triangle over `width`.
+Piece linearPiece(const Interval& x, double atLower, double atUpper, double width) {
+  const double length = x.upper - x.lower;
+  const double share = atUpper / (atLower + atUpper);
+  return {
+      std::log(length / width * (atLower + atUpper)),
+      {x.lower + length * (1 + share) / 3, length * std::sqrt((1 + 2 * share * (1 - share)) / 18)}};
+}
+
+}  // namespace
+
+Support Triangular::support() const noexcept {
+  return {minimum_, maximum_};
+}
+
+double Triangular::density(double x) const noexcept {
+  if (!ordered(minimum_, likely_, maximum_) || !(minimum_ <= x && x <= maximum_)) return 0;
+  if (maximum_ == minimum_) return 1;
+  const double height = 1 / (maximum_ / 2 - minimum_ / 2);
+  return x >= likely_ && likely_ != maximum_
+             ? height * ((maximum_ / 2 - x / 2) / (maximum_ / 2 - likely_ / 2))
+             : height * ((x / 2 - minimum_ / 2) / (likely_ / 2 - minimum_ / 2));
+}
+
+Moments Triangular::moments(const Limits& limits) const {
+  if (!ordered(minimum_, likely_, maximum_)) raise(fault::invalidCall);
+  Mixture kept;
+  for (const auto& [lower, upper] : KeptIntervals(limits, minimum_, likely_)) {
+    kept.add(linearPiece({lower, upper}, (lower - minimum_) / (likely_ - minimum_),
+                         (upper - minimum_) / (likely_ - minimum_), maximum_ - minimum_));
+  }
+  for (const auto& [lower, upper] : KeptIntervals(limits, likely_, maximum_)) {
+    kept.add(linearPiece({lower, upper}, (maximum_ - lower) / (maximum_ - likely_),
+                         (maximum_ - upper) / (maximum_ - likely_), maximum_ - minimum_));
+  }
+  return kept.moments();
+}
+
+Moments Triangular::integratedMoments(const Limits& limits) const {
+  if (!ordered(minimum_, likely_, maximum_)) raise(fault::invalidCall);
+  // t runs from the interval's end next to the peak, in units of the distance to the outer end of
+  // the side.
+  const double width = maximum_ - minimum_;
+  Mixture kept;
+  for (const auto& [lower, upper] : KeptIntervals(limits, minimum_, likely_)) {
+    const double outward = upper - minimum_;
+    kept.add(integratedPiece(
+        upper, {(lower - upper) / outward, 0}, LinearScale(outward),
+        [](double t) { return std::log1p(t); },
+        2 * std::log(outward) - std::log(likely_ - minimum_) - std::log(width)));
+  }
+  for (const auto& [lower, upper] : KeptIntervals(limits, likely_, maximum_)) {
+    const double outward = maximum_ - lower;
+    kept.add(integratedPiece(
+        lower, {0, (upper - lower) / outward}, LinearScale(outward),
+        [](double t) { return std::log1p(-t); },
+        2 * std::log(outward) - std::log(maximum_ - likely_) - std::log(width)));
+  }
+  return kept.moments();
+}
+
+}  // namespace palvex::laws

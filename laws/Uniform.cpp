@@ -1,0 +1,36 @@
+#include "laws/Uniform.h"
+
+#include <cmath>
+
+namespace palvex::laws {
+
+Support Uniform::support() const noexcept {
+  return {minimum_, maximum_};
+}
+
+double Uniform::density(double x) const noexcept {
+  if (!(minimum_ <= x && x <= maximum_)) return 0;
+  return maximum_ == minimum_ ? 1 : 0.5 / (maximum_ / 2 - minimum_ / 2);
+}
+
+Moments Uniform::moments(const Limits& limits) const {
+  Mixture kept;
+  for (const auto& [lower, upper] : KeptIntervals(limits, minimum_, maximum_)) {
+    const double width = upper - lower;
+    kept.add(
+        {std::log(width / (maximum_ - minimum_)), {lower + width / 2, width / std::sqrt(12.0)}});
+  }
+  return kept.moments();
+}
+
+Moments Uniform::integratedMoments(const Limits& limits) const {
+  Mixture kept;
+  for (const auto& [lower, upper] : KeptIntervals(limits, minimum_, maximum_)) {
+    kept.add(integratedPiece(
+        lower, {0, upper - lower}, LinearScale(1), [](double) { return 0; },
+        -std::log(maximum_ - minimum_)));
+  }
+  return kept.moments();
+}
+
+}  // namespace palvex::laws

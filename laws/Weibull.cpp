@@ -1,0 +1,63 @@
+#include "laws/Weibull.h"
+
+#include <cmath>
+#include <limits>
+
+#include "laws/Gamma.h"
+#include "numerics/m_GammaFunctions.h"
+
+namespace palvex::laws {
+
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+}  // namespace
+
+Support Weibull::support() const noexcept {
+  return {minimum_, infinity};
+}
+
+double Weibull::density(double x) const noexcept {
+  if (!(shape_ > 0 && scale_ > 0 && x >= minimum_)) return 0;
+  if (shape_ == 1) return std::exp(-(x - minimum_) / scale_) / scale_;
+  const double logZ = std::log(x - minimum_) - std::log(scale_);
+  const double fall = std::exp(shape_ * logZ);
+  if (std::isinf(fall)) return 0;
+  return std::exp((shape_ - 1) * logZ + std::log(shape_) - std::log(scale_) - fall);
+}
+
+std::optional<Moments> Weibull::moments(const Limits& limits) const {
+  constexpr double largestArgument = 170;  // of a gamma function within the double range
+  if (1 + 2 / shape_ > largestArgument) return {};
+  PartialMoments standardized;
+  for (const Interval& x : KeptIntervals(limits, minimum_, infinity)) {
+    const double lower = std::pow((x.lower - minimum_) / scale_, shape_);
+    const double upper = std::pow((x.upper - minimum_) / scale_, shape_);
+    for (const int order : {0, 1, 2}) {
+      const double argument = 1 + order / shape_;
+      addRatio(standardized, order, m_Gamma::gamma(argument), argument, lower, upper);
+    }
+  }
+  const std::optional<Moments> kept = standardized.moments();
+  if (!kept) return {};
+  return Moments{minimum_ + scale_ * kept->mean, scale_ * kept->sd};
+}
+
+Moments Weibull::integratedMoments(const Limits& limits) const {
+  Mixture kept;
+  for (const Interval& x : KeptIntervals(limits, minimum_, infinity)) {
+    const Anchor anchor = anchorAt(scale_, minimum_, x);
+    const double y = anchor.fromOrigin;
+    const double logPower = shape_ * logRatio(y, scale_, y - scale_);
+    const double power = std::exp(logPower);
+    // t runs over the logarithm of ((x - minimum)/scale)^shape.
+    const ExponentialScale t(y, 1 / shape_);
+    kept.add(integratedPiece(
+        anchor.value, {t.position(anchor.lower), t.position(anchor.upper)}, t,
+        [power](double u) { return (1 - power) * u - power * expm1LessT(u); }, logPower - power));
+  }
+  return kept.moments();
+}
+
+}  // namespace palvex::laws
