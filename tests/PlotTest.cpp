@@ -149,7 +149,7 @@ TEST(Plot, NamesOfMarksDoNotOverlapAndTextIsEscaped) {
   panel.marks = {{"95 %", 4}, {"5 %", 4}, {"50 %", 3.99}, {"mean", 4}};
   const std::string svg = svgOf({panel, panel, panel, panel, panel}, "\"x\"\x01");
   EXPECT_EQ(texts(svg, "title"), std::vector<std::string>(5, "A &lt; B &amp; C"));
-  EXPECT_EQ(texts(svg, "head").at(0), "&quot;x&quot; ");
+  EXPECT_EQ(texts(svg, "head").at(0), "&quot;x&quot;\\x01");
   EXPECT_EQ(texts(svg, "centre quiet").at(0), "50 %");
   std::vector<double> labels;
   for (const auto& leader : paths(svgOf({panel}, ""), "leader"))

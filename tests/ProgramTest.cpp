@@ -38,6 +38,10 @@ class Program : public testing::Test {
     std::ofstream(folder_ / "sheet.csv") << "mean,10\n\"sd\",2\nbad,#N/A\nopen,-Infinity\n,word\n";
     std::ofstream(folder_ / "four.csv") << "a,b\n,4\n";
     std::ofstream(folder_ / "broken.csv") << "1\n\"2\n";
+    std::ofstream(folder_ / "semicolons.csv") << "\xEF\xBB\xBFname;low; high, or so\n1.5;2;x\n";
+    std::ofstream(folder_ / "tabs.csv") << "a, b\tb\n1.5\t2\n";
+    std::ofstream(folder_ / "comma.csv") << "a;b\n1,5;2\n";
+    std::ofstream(folder_ / "empty.csv") << "";
   }
   ~Program() override { fs::remove_all(folder_); }
 
@@ -57,95 +61,36 @@ class Program : public testing::Test {
                       testing::UnitTest::GetInstance()->current_test_info()->name());
 };
 
-struct Case {
-  const char* arguments;
-  int exitCode;
-  const char* out;
-  const char* err;
-};
-
-TEST_F(Program, AnswersExactly) {
-  const std::vector<Case> cases{
-      {"check Normal 10 2", 0,
-       "parameter  given  value\nMean       10        10\nStd Dev    2          2\n", ""},
-      {"check Normal =B1 '=b$2' --ltl =B4 --utl 12 --csv --sheet sheet.csv", 0,
-       "parameter,given,value\nMean,=B1,10\nStd Dev,=b$2,2\nLTL,=B4,-Infinity\nUTL,12,12\n", ""},
-      {"check Johnson 5 2 0 3 --csv", 0,
-       "parameter,given,value,fitted\nMean,5,5,5\nStd Dev,2,2,2\nSkewness,0,0,0\nKurtosis,3,3,3\n"
-       "Curve,,,Normal\ngamma,,,2\ndelta,,,0\nlambda,,,5\nxi,,,0\n",
-       ""},
-      {"check Johnson 0 1 2.084 11.55 --ltl =B1 --sheet sheet.csv", 0,
-       "parameter  given  value  fitted\nMean       0          0\nStd Dev    1          1\n"
-       "Skewness   2.084  2.084\nKurtosis   11.55  11.55\nLTL        =B1       10\n"
-       "Curve                    none: the fit did not converge\n",
-       ""},
-      {"check Johnson 0 1 1 2", 1, "",
-       "palvex: Impossible combination of skewness and kurtosis.  Kurtosis must be greater than (1 "
-       "+ Skewness^2).\n"},
-      {"guess Triangular 10 --csv", 0, "parameter,value\nMinimum,9\nLikely,10\nMaximum,11\n", ""},
-      {"--version", 0, "palvex 0.1.0\n", ""},
-
-      // The engine's sentences.
-      {"check Normal 10 -2", 1, "",
-       "palvex: Negative value for Std Dev.  Must be a non-negative real number.\n"},
-      {"eval normal 10 2 --at 1", 1, "", "palvex: Unknown distribution type 'normal'.\n"},
-      {"check Normal =B3 2 --sheet sheet.csv", 1, "", "palvex: Error in cell value for Mean.\n"},
-      {"check Normal =A1:B2 2 --sheet sheet.csv", 1, "",
-       "palvex: More than one cell selected for Mean.\n"},
-      {"check Normal =B5 2 --sheet sheet.csv", 1, "",
-       "palvex: Non-numeric value in cell referenced for Mean.\n"},
-      {"check Normal '' 2", 1, "", "palvex: Non-numeric value for Mean.\n"},
-      {"check Normal 0 1 --ltl none", 1, "", "palvex: Improper value for LTL.\n"},
-      {"check Normal 0 1 --ltl 5 --utl 5", 1, "",
-       "palvex: LTL value can not be equal to UTL value.\n"},
-      {"eval Normal 5 0 --at 7", 1, "", "palvex: error 11: Division by zero\n  cdf: (7,5,0,0,0)\n"},
-
-      // Wrong use, one line each.
-      {"check Normal 10", 2, "", "palvex: Normal has 2 parameters (Mean, Std Dev), 1 given\n"},
-      {"check Normal 10 2 3", 2, "", "palvex: Normal has 2 parameters (Mean, Std Dev), 3 given\n"},
-      {"check Normal =B1 2", 2, "", "palvex: '=B1' needs a worksheet: --sheet FILE\n"},
-      {"check Normal =B6 2 --sheet sheet.csv", 2, "",
-       "palvex: '=B6' is outside the sheet, which ends at B5\n"},
-      {"check Normal =C1 2 --sheet sheet.csv", 2, "",
-       "palvex: '=C1' is outside the sheet, which ends at B5\n"},
-      {"check Normal =B1+1 2 --sheet sheet.csv", 2, "",
-       "palvex: '=B1+1' is no reference; write =B3 for a cell, =A2:A200 for several\n"},
-      {"check Normal 1 2 --sheet none.csv", 2, "",
-       "palvex: can not read 'none.csv': No such file or directory\n"},
-      {"check Normal 1 2 --sheet .", 2, "", "palvex: can not read '.': Is a directory\n"},
-      {"check Normal 1 2 --sheet broken.csv", 2, "",
-       "palvex: broken.csv line 2: a quoted field is not closed\n"},
-      {"eval Normal 10 2", 2, "", "palvex: eval: say where, with --at X... or --from A --to B\n"},
-      {"eval Normal 10 2 --at ten", 2, "", "palvex: --at: 'ten' is not a number\n"},
-      {"eval Normal 10 2 --from 1 --to 2 --steps 0", 2, "",
-       "palvex: --steps: '0' is not a whole number from 1 to 1000000\n"},
-      {"eval Normal 10 2 --from 1", 2, "", "palvex: --from requires --to\n"},
-      {"guess Normal x", 2, "", "palvex: VALUE: 'x' is not a number\n"},
-      {"guess Histogram 5", 2, "", "palvex: guess: a histogram is made from data\n"},
-      {"draw Normal 0 1 -n 0", 2, "",
-       "palvex: -n: '0' is not a whole number from 1 to 1000000000000\n"},
-      {"draw Normal 0 1 --seed 1.5", 2, "",
-       "palvex: --seed: '1.5' is not a whole number from 0 to 18446744073709551615\n"},
-      {"plot Normal 10 2 -o n.pdf", 2, "",
-       "palvex: plot: 'n.pdf' ends neither in .svg nor in .png\n"},
-      {"plot Normal 10 2 --from 3 --to 3", 2, "", "palvex: plot: --from must be below --to\n"},
-      {"plot 'Normal 10 2' 'Normal 10'", 2, "",
-       "palvex: Normal has 2 parameters (Mean, Std Dev), 1 given\n"},
-      {"plot 'Normal 10 2' 'Normal 10 2 --nonsense'", 2, "",
-       "palvex: 'Normal 10 2 --nonsense': The following argument was not expected: --nonsense\n"},
-      {"types --csv --json", 2, "", "palvex: --csv excludes --json\n"},
-      {"types extra", 2, "", "palvex: The following argument was not expected: extra\n"},
-      {"check Normal 10 2 --nonsense", 2, "",
-       "palvex: The following argument was not expected: --nonsense\n"},
-      {"", 2, "", "palvex: a command is missing; palvex --help lists them\n"},
-      {"foo Normal", 2, "", "palvex: there is no command 'foo'; palvex --help lists them\n"},
+// Each command of data/terminal/transcripts.txt, as it stands there.
+TEST_F(Program, AnswersAsTheTranscriptsShow) {
+  std::ifstream transcripts(PALVEX_TEST_DATA "/terminal/transcripts.txt");
+  std::string command;
+  Outcome expected{};
+  std::size_t commands = 0;
+  const auto compare = [&] {
+    if (command.empty()) return;
+    const Outcome result = run(command);
+    EXPECT_EQ(result.exitCode, expected.exitCode) << command;
+    EXPECT_EQ(result.out, expected.out) << command;
+    EXPECT_EQ(result.err, expected.err) << command;
+    ++commands;
   };
-  for (const auto& [arguments, exitCode, out, err] : cases) {
-    const Outcome result = run(std::string("palvex ") + arguments);
-    EXPECT_EQ(result.exitCode, exitCode) << arguments;
-    EXPECT_EQ(result.out, out) << arguments;
-    EXPECT_EQ(result.err, err) << arguments;
+  for (std::string line; std::getline(transcripts, line);) {
+    if (line.starts_with('#')) continue;
+    if (line.starts_with("$ ")) {
+      compare();
+      command = line.substr(2);
+      expected = {};
+    } else if (line.starts_with("! ")) {
+      expected.err += line.substr(2) + '\n';
+    } else if (line.starts_with("= ")) {
+      expected.exitCode = std::stoi(line.substr(2));
+    } else {
+      expected.out += line + '\n';
+    }
   }
+  compare();
+  EXPECT_GT(commands, 50U);
 }
 
 TEST_F(Program, EvaluatesAsTheEngineDoes) {
@@ -291,9 +236,10 @@ TEST_F(Program, DrawsPictures) {
   EXPECT_EQ(png.out, "PNG") << png.err;
   const Outcome without = run("mkdir empty; PATH=$PWD/empty; palvex plot Normal 10 2 -o n.png");
   EXPECT_EQ(without.exitCode, 3);
-  EXPECT_EQ(without.err,
-            "palvex: rsvg-convert did not make 'n.png'; is it installed? A file that ends in .svg "
-            "needs no other program\n");
+  EXPECT_EQ(
+      without.err,
+      "palvex: PNG needs the program rsvg-convert (Debian: librsvg2-bin); a file that ends in "
+      ".svg needs no other program\n");
 }
 
 TEST_F(Program, SaysWhenResultsCanNotBeWritten) {
@@ -302,6 +248,11 @@ TEST_F(Program, SaysWhenResultsCanNotBeWritten) {
   EXPECT_EQ(full.err, "palvex: can not write the results: No space left on device\n");
   EXPECT_EQ(run("palvex demo --save none/x.csv").err,
             "palvex: can not write 'none/x.csv': No such file or directory\n");
+  for (const char* command : {"--help", "--version", "draw --help"})
+    EXPECT_EQ(run(std::string("palvex ") + command + " >/dev/full").exitCode, 3) << command;
+  EXPECT_EQ(run("palvex types >&-").exitCode, 3);
+  EXPECT_EQ(run("palvex check Normal 10 -2 2>&-").exitCode, 1);
+  EXPECT_EQ(run("palvex check Normal 10 -2 2>/dev/full").exitCode, 1);
   EXPECT_EQ(run("palvex draw Uniform 0 1 -n 100000 -o /dev/full").err,
             "palvex: can not write '/dev/full': No space left on device\n");
   // A reader that has seen enough ends the run at once and without a word.
@@ -309,6 +260,20 @@ TEST_F(Program, SaysWhenResultsCanNotBeWritten) {
       run("{ palvex draw Uniform 0 1 -n 1000000000; echo $? >code; } | head -n 1; cat code");
   EXPECT_EQ(piped.out, "0.8805201978886142\n3\n");
   EXPECT_EQ(piped.err, "");
+}
+
+TEST_F(Program, EndsWithWholeLinesWhenInterrupted) {
+  // To the program itself: a shell would wait for the function that wraps it.
+  for (const char* format : {"", "--csv", "--json"}) {
+    const Outcome result =
+        run(std::string("rm -f draws; '" PALVEX_PROGRAM "' draw Uniform 0 1 -n 1e12 ") + format +
+            " >draws & until [ -s draws ]; do sleep 0.02; done; kill -INT $!; wait $!; code=$?; "
+            "tail -n 1 draws "
+            "| tail -c 1 | od -An -c; tail -n 1 draws; exit $code");
+    EXPECT_EQ(result.exitCode, 130) << format;
+    EXPECT_TRUE(result.out.starts_with("  \\n\n")) << result.out;
+    EXPECT_EQ(result.out.ends_with("\n]\n"), std::string(format) == "--json") << result.out;
+  }
 }
 
 }  // namespace

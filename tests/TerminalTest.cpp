@@ -7,6 +7,7 @@
 
 #include "hosts/terminal/Range.h"
 #include "hosts/terminal/Table.h"
+#include "hosts/terminal/Text.h"
 #include "hosts/terminal/Worksheet.h"
 #include "simulation/Uniform.h"
 
@@ -32,13 +33,12 @@ int faultOf(const std::function<void()>& call) {
 }
 
 TEST(Worksheet, ReadsCommaSeparatedValues) {
-  using Row = Worksheet::Row;
+  using Row = std::vector<Variant>;
   struct Case {
     const char* text;
     std::vector<Row> rows;
   };
   const std::vector<Case> cases{
-      {"", {}},
       {"1", {{1}}},
       {"1,2\n3,4\n", {{1, 2}, {3, 4}}},
       {"1,2\r\n3,4\r\n", {{1, 2}, {3, 4}}},
@@ -47,7 +47,11 @@ TEST(Worksheet, ReadsCommaSeparatedValues) {
        "7,x",
        {{7, "x"}}},
       {"a,,\n,b", {{"a", {}, {}}, {{}, "b"}}},
-      {"\"1,5\",\"say \"\"yes\"\"\",\"two\r\nlines\"\n2", {{15, "say \"yes\"", "two\nlines"}, {2}}},
+      {"\"1,500\",\"say \"\"yes\"\"\",\"two\r\nlines\"\n2",
+       {{1500, "say \"yes\"", "two\nlines"}, {2}}},
+      {"a;b\n1.5;\"2;3\"\n", {{"a", "b"}, {1.5, "2;3"}}},
+      {"a, b\tc\n1\t2\n", {{"a, b", "c"}, {1, 2}}},
+      {"a; b,c\n1,2\n", {{"a; b", "c"}, {1, 2}}},
       {"\"\",\" \"", {{{}, " "}}},
       {"-1e3,(5),$2.50,1e999,5\"", {{-1000, -5, 2.5, "1e999", "5\""}}},
       {"#NULL!,#DIV/0!,#VALUE!,#REF!\n#NAME?,#NUM!,#N/A,#NA",
@@ -72,7 +76,14 @@ TEST(Worksheet, NamesTheLineOfWhatItCanNotRead) {
       {"1\n2,\"open\n3\n", "s.csv line 2: a quoted field is not closed"},
       {"\"two\r\nlines\",\"x", "s.csv line 2: a quoted field is not closed"},
       {"1\r\n\"a\"b,2", "s.csv line 2: text after a closing quote"},
-      {std::string("1\0,2", 4), "s.csv line 1: this is no UTF-8 text"},
+      {std::string("1\0,2", 4),
+       "s.csv line 1: this is no UTF-8 text; save the sheet as CSV in UTF-8"},
+      {"1\n2,\"0,5\"",
+       "s.csv line 2: the comma in '0,5' (B2) may be a decimal comma; write a decimal point"},
+      {"1;2\n1,250;3\n",
+       "s.csv line 2: the comma in '1,250' (A2) may be a decimal comma; write a decimal point"},
+      {"", "'s.csv' is empty"},
+      {"\xEF\xBB\xBF", "'s.csv' is empty"},
   };
   for (const auto& [text, message] : cases) {
     try {
@@ -82,6 +93,39 @@ TEST(Worksheet, NamesTheLineOfWhatItCanNotRead) {
       EXPECT_EQ(error.what(), message);
     }
   }
+}
+
+TEST(Worksheet, KeepsWhatIsWantedOnly) {
+  const std::vector<Block> wanted{{{2, 2}, {2, 2}}, {{3, 2}, {Block::endOfSheet, 2}}};
+  const Worksheet sheet = Worksheet::fromCsv("1,2,\"0,5\"\n3,4,5\n6,7\n\n8,9\n", "sheet", wanted);
+  const std::vector<Variant> second{{}, 4, 7, {}, 9};
+  for (std::int32_t row = 1; row <= 5; ++row) {
+    EXPECT_EQ(sheet.at({row, 1}), Variant{}) << row;
+    EXPECT_EQ(sheet.at({row, 2}), second[static_cast<std::size_t>(row - 1)]) << row;
+    EXPECT_EQ(sheet.at({row, 3}), Variant{}) << row;
+  }
+  EXPECT_EQ(absoluteAddress(sheet.ended(wanted[1])), "$B$3:$B$5");
+}
+
+TEST(Text, IsEscapedAndGuessed) {
+  EXPECT_EQ(escaped("a\x1b[31m\n\t\x7f\xc2\x9b"), "a\\x1b[31m\\n\\t\\x7f\\xc2\\x9b");
+  EXPECT_EQ(escaped("\xc3\xa9 \xe2\x86\x92 \xed\xa0\x80 \xff \xc3"),
+            "\xc3\xa9 \xe2\x86\x92 \\xed\\xa0\\x80 \\xff \\xc3");
+  const std::vector<std::string_view> names{"Normal", "Lognormal", "Triangular", "Beta"};
+  for (const auto& [word, name] :
+       std::vector<std::pair<const char*, const char*>>{{"Norml", "Normal"},
+                                                        {"Triangle", "Triangular"},
+                                                        {"lognromal", "Lognormal"},
+                                                        {"tri", "Triangular"},
+                                                        {"Bta", "Beta"},
+                                                        {"xyz", ""},
+                                                        {"", ""},
+                                                        {"no", ""}})
+    EXPECT_EQ(nearest(word, names), name) << word;
+  for (const char* good : {"1", "-1,250", "$12,345,678.5e3", "(1,000)"})
+    EXPECT_TRUE(commasMarkThousands(good)) << good;
+  for (const char* bad : {"2,5", "0,125", "1234,567", "1,2500", "1,250,5", ",5"})
+    EXPECT_FALSE(commasMarkThousands(bad)) << bad;
 }
 
 TEST(Reference, ReadsAddressesInEitherForm) {
@@ -94,14 +138,16 @@ TEST(Reference, ReadsAddressesInEitherForm) {
       {"XFD1048576", "$XFD$1048576"},
       {"A1:A1", "$A$1"},
       {"ZZ1:AAA1", "$ZZ$1:$AAA$1"},
+      {"C:$c", "$C$1:$C$2147483647"},
+      {"B3:C", "$B$3:$C$2147483647"},
   };
   for (const auto& [text, address] : good) {
     const auto block = parseReference(text);
     ASSERT_TRUE(block) << text;
     EXPECT_EQ(absoluteAddress(*block), address);
   }
-  for (const char* text : {"", "B", "3", "3B", "B0", "B3:", ":B3", "B3:C", "B3+1", " B3", "B-3",
-                           "$$B3", "B3:C4:D5", "ABCDEF1", "A1234567890", "Sheet1!A1"}) {
+  for (const char* text : {"", "B", "3", "3B", "B0", "B3:", ":B3", "B3+1", " B3", "B-3", "$$B3",
+                           "B3:C4:D5", "ABCDEF1", "A1234567890", "Sheet1!A1"}) {
     EXPECT_FALSE(parseReference(text)) << text;
   }
 }
@@ -192,7 +238,7 @@ TEST(Table, IsWrittenForPeopleAndForPrograms) {
             "name   value\n"
             "Größe  0.333\n"
             "a,\"b\"\n"
-            "x\xFF       100\n");
+            "x\\xff    100\n");
   EXPECT_EQ(table.text(Format::csv),
             "name,value\n"
             "Größe,0.3333333333333333\n"

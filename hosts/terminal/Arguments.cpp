@@ -1,12 +1,15 @@
 #include "hosts/terminal/Arguments.h"
 
 #include <fmt/core.h>
+#include <fmt/ranges.h>
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <map>
 
-#include "hosts/terminal/Faults.h"
 #include "hosts/terminal/Range.h"
-#include "runtime/MessageBox.h"
+#include "hosts/terminal/Text.h"
 #include "runtime/NumericText.h"
 
 namespace palvex::terminal {
@@ -19,6 +22,28 @@ std::string parameterNames(const c_Distribution& distribution) {
     names.append(i > 1 ? ", " : "").append(distribution.ParamName(i));
   }
   return names;
+}
+
+/// The block that "=B3" names.
+/// @throws UsageError
+Block blockIn(const std::string& argument) {
+  const auto block = parseReference(std::string_view(argument).substr(1));
+  if (!block) {
+    throw UsageError(fmt::format(
+        "'{}' is no reference; write =B3 for a cell, =A2:A200 or =A:A for several", argument));
+  }
+  return *block;
+}
+
+/// A limit as argumentValue, with "-inf" and the like as the engine's texts for no limit.
+Variant limitValue(const std::string& argument, const std::shared_ptr<const Worksheet>& sheet) {
+  for (const char* text : {"-inf", "-Infinity"}) {
+    if (sameLetters(argument, text)) return "-Infinity";
+  }
+  for (const char* text : {"inf", "+inf", "Infinity", "+Infinity"}) {
+    if (sameLetters(argument, text)) return "+Infinity";
+  }
+  return argumentValue(argument, sheet);
 }
 
 }  // namespace
@@ -37,85 +62,147 @@ void DistributionArguments::addTo(CLI::App& command) {
                      "Its parameters in order: numbers, or cells of the sheet such as =B3");
   command.add_option("--ltl", lowerLimit, "Lower truncation limit: a number or a cell");
   command.add_option("--utl", upperLimit, "Upper truncation limit: a number or a cell");
-  command.add_option("--sheet", sheetFile, "Worksheet that the cells belong to, a CSV file")
+  command
+      .add_option("--sheet", sheetFile,
+                  "Worksheet that the cells belong to, a CSV file; - for standard input")
       ->type_name("FILE");
 }
 
-std::vector<DistributionArguments::Item> DistributionArguments::set(
-    c_Distribution& distribution) const {
+Table::Cell DistributionArguments::Item::shown() const {
+  const Variant held = content(value);
+  if (held.isArray()) return value.toObject()->get("Count").toText() + " cells";
+  if (held.isNumeric()) return held.toDouble();
+  if (held.isText()) return held.toText();
+  if (held.isEmpty()) return isLimit ? "empty: no limit" : "empty, taken as 0";
+  return {};
+}
+
+std::vector<Block> DistributionArguments::references() const {
+  std::vector<Block> blocks;
+  const auto add = [&](const std::string& argument) {
+    if (argument.starts_with('=')) blocks.push_back(blockIn(argument));
+  };
+  std::for_each(parameters.begin(), parameters.end(), add);
+  add(lowerLimit);
+  add(upperLimit);
+  return blocks;
+}
+
+std::vector<DistributionArguments::Item> DistributionArguments::set(c_Distribution& distribution) {
   setType(distribution, type);
+  type = distribution.distType();
   if (parameters.size() != static_cast<std::size_t>(distribution.NumParams())) {
     throw UsageError(fmt::format("{} has {} parameters ({}), {} given", type,
                                  distribution.NumParams(), parameterNames(distribution),
                                  parameters.size()));
   }
-  std::shared_ptr<const Worksheet> sheet;
-  if (!sheetFile.empty()) {
-    sheet = std::make_shared<const Worksheet>(Worksheet::fromFile(sheetFile));
-  }
+  if (sheet == nullptr) readSheets({this, 1});
 
   std::vector<Item> items;
-  const auto add = [&](Variant& member, std::string name, const std::string& argument) {
-    member = argumentValue(argument, sheet);
-    items.push_back({std::move(name), argument, member});
-  };
   const std::array<Variant*, 4> members{&distribution.param1, &distribution.param2,
                                         &distribution.param3, &distribution.param4};
   for (std::size_t i = 0; i < parameters.size(); ++i) {
-    add(*members.at(i), distribution.ParamName(static_cast<std::int32_t>(i + 1)), parameters[i]);
+    *members.at(i) = argumentValue(parameters[i], sheet);
+    items.push_back(
+        {distribution.ParamName(static_cast<std::int32_t>(i + 1)), parameters[i], *members.at(i)});
   }
-  if (!lowerLimit.empty()) add(distribution.ltl, "LTL", lowerLimit);
-  if (!upperLimit.empty()) add(distribution.utl, "UTL", upperLimit);
+  const auto addLimit = [&](Variant& limit, const char* name, const std::string& argument) {
+    if (argument.empty()) return;
+    limit = limitValue(argument, sheet);
+    items.push_back({name, argument, limit, true});
+  };
+  addLimit(distribution.ltl, "LTL", lowerLimit);
+  addLimit(distribution.utl, "UTL", upperLimit);
   return items;
 }
 
 std::vector<DistributionArguments::Item> DistributionArguments::setChecked(
-    c_Distribution& distribution) const {
+    c_Distribution& distribution) {
   std::vector<Item> items = set(distribution);
-  if (std::string cause; !distribution.ParamsOK(cause)) throw Refusal(cause);
+  if (std::string cause; !distribution.ParamsOK(cause)) throw refusal(cause);
   return items;
 }
 
+void readSheets(std::span<DistributionArguments> distributions) {
+  std::map<std::string, std::vector<Block>> wanted;
+  for (const DistributionArguments& one : distributions) {
+    if (one.sheetFile.empty()) continue;
+    std::vector<Block>& blocks = wanted[one.sheetFile];
+    for (const Block& block : one.references()) blocks.push_back(block);
+  }
+  for (const auto& [file, blocks] : wanted) {
+    const auto sheet = std::make_shared<const Worksheet>(Worksheet::fromFile(file, blocks));
+    for (DistributionArguments& one : distributions) {
+      if (one.sheetFile == file) one.sheet = sheet;
+    }
+  }
+}
+
+std::string typeNamed(const std::string& type) {
+  std::vector<std::string_view> names;
+  for (const CatalogueEntry& entry : catalogue) names.push_back(entry.name);
+  for (const std::string_view name : names) {
+    if (sameLetters(name, type)) return std::string(name);
+  }
+  const std::string_view near = nearest(type, names);
+  throw Refusal(fmt::format("Unknown distribution type '{}'.  {}", type,
+                            near.empty() ? std::string("palvex types lists them.")
+                                         : fmt::format("Did you mean {}?", near)));
+}
+
 void setType(c_Distribution& distribution, const std::string& type) {
-  std::string refusal;
-  setMessageBox([&refusal](std::string_view text) { refusal = text; });
-  distribution.distType(type);
-  setMessageBox({});
-  if (!refusal.empty()) throw Refusal(refusal);
+  distribution.distType(typeNamed(type));
+}
+
+Refusal refusal(const std::string& sentence) {
+  if (sentence.starts_with("Unrecognized data configuration"))
+    return Refusal(
+        fmt::format("{}; there are \"{}\".", sentence, fmt::join(dataConfigurations, "\", \"")));
+  if (sentence.starts_with("Improper value for "))
+    return Refusal(sentence + "  Write a number, a cell such as =B3, -Infinity or +Infinity.");
+  return Refusal(sentence);
+}
+
+std::optional<double> numberIn(const std::string& argument) {
+  const bool isPercent = argument.ends_with('%');
+  const std::string text = isPercent ? argument.substr(0, argument.size() - 1) : argument;
+  const auto number = numericText(text);
+  if (number && !commasMarkThousands(text)) {
+    std::string pointed = text;
+    std::replace(pointed.begin(), pointed.end(), ',', '.');
+    const bool isOne = std::count(text.begin(), text.end(), ',') == 1 && numericText(pointed);
+    throw UsageError(
+        fmt::format("'{}': this comma marks no thousands; write a decimal point{}", argument,
+                    isOne ? fmt::format(": {}{}", pointed, isPercent ? "%" : "") : ""));
+  }
+  if (!number || !isPercent) return number;
+  return *number / 100;
 }
 
 Variant argumentValue(const std::string& argument, const std::shared_ptr<const Worksheet>& sheet) {
   if (!argument.starts_with('=')) {
-    if (const auto number = numericText(argument)) return *number;
+    if (const auto number = numberIn(argument)) return *number;
+    for (const std::string_view layout : dataConfigurations) {
+      if (sameLetters(argument, layout)) return layout;
+    }
     return argument;
   }
-  const auto block = parseReference(std::string_view(argument).substr(1));
-  if (!block) {
-    throw UsageError(
-        fmt::format("'{}' is no reference; write =B3 for a cell, =A2:A200 for several", argument));
-  }
+  const Block reference = blockIn(argument);
   if (!sheet) throw UsageError(fmt::format("'{}' needs a worksheet: --sheet FILE", argument));
-  if (!sheet->contains(*block)) {
+  const Block block = sheet->ended(reference);
+  if (!sheet->contains(block)) {
     throw UsageError(fmt::format("'{}' is outside the sheet, which ends at {}{}", argument,
                                  columnName(sheet->columns()), sheet->rows()));
   }
-  return std::make_shared<Range>(sheet, *block);
+  return std::make_shared<Range>(sheet, block);
 }
 
 Variant content(const Variant& value) {
   return value.isObject() ? value.toObject()->get("Value") : value;
 }
 
-Table::Cell shownContent(const Variant& value) {
-  const Variant held = content(value);
-  if (held.isArray()) return value.toObject()->get("Count").toText() + " cells";
-  if (held.isNumeric()) return held.toDouble();
-  if (held.isText()) return held.toText();
-  return {};
-}
-
 double numberArgument(const std::string& option, const std::string& argument) {
-  if (const auto number = numericText(argument)) return *number;
+  if (const auto number = numberIn(argument)) return *number;
   throw UsageError(fmt::format("{}: '{}' is not a number", option, argument));
 }
 
@@ -124,7 +211,15 @@ std::uint64_t countArgument(const std::string& option, const std::string& argume
   std::uint64_t count = 0;
   const char* const end = argument.data() + argument.size();
   const auto [stop, error] = std::from_chars(argument.data(), end, count);
-  if (error != std::errc{} || stop != end || count < least || count > most) {
+  bool isWhole = error == std::errc{} && stop == end;
+  if (!isWhole) {
+    // "1e6" and "1,000,000", as far as every whole number is a double.
+    constexpr double mostExact = 0x1p53;
+    const auto number = numberIn(argument);
+    isWhole = number && *number >= 0 && *number <= mostExact && *number == std::trunc(*number);
+    if (isWhole) count = static_cast<std::uint64_t>(*number);
+  }
+  if (!isWhole || count < least || count > most) {
     throw UsageError(
         fmt::format("{}: '{}' is not a whole number from {} to {}", option, argument, least, most));
   }

@@ -3,10 +3,13 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "engine/c_Distribution.h"
+#include "hosts/terminal/Faults.h"
 #include "hosts/terminal/Table.h"
 #include "hosts/terminal/Worksheet.h"
 
@@ -26,49 +29,72 @@ struct DistributionArguments {
     std::string name;
     std::string given;
     Variant value;
+    bool isLimit = false;
+
+    /// The value as a table shows it: a number, a text, how many cells there are, or what an empty
+    /// cell counts as.
+    [[nodiscard]] Table::Cell shown() const;
   };
 
   void addTo(CLI::App& command);
 
-  /// Hands type, parameters and limits to `distribution`.
+  /// The blocks of the worksheet that the parameters and limits refer to.
+  [[nodiscard]] std::vector<Block> references() const;
+
+  /// Hands type, parameters and limits to `distribution`. The worksheet is read if it was not yet.
   /// @returns the parameters and the limits that were given
   /// @throws Refusal for an unknown type
   /// @throws UsageError for a wrong number of parameters or a wrong reference
   /// @throws SheetError
-  std::vector<Item> set(c_Distribution& distribution) const;
+  std::vector<Item> set(c_Distribution& distribution);
 
   /// Likewise, and lets the distribution check them.
   /// @throws Refusal also when it finds a fault
-  std::vector<Item> setChecked(c_Distribution& distribution) const;
+  std::vector<Item> setChecked(c_Distribution& distribution);
 
   std::string type;
   std::vector<std::string> parameters;
   std::string lowerLimit;
   std::string upperLimit;
   std::string sheetFile;
+  std::shared_ptr<const Worksheet> sheet;  // once it was read
 };
 
-/// Sets the type.
+/// Reads the worksheet of each distribution that has one, each file once.
+/// @throws SheetError
+void readSheets(std::span<DistributionArguments> distributions);
+
+/// The name of a type as the engine spells it, written in any letter case.
+/// @throws Refusal for an unknown one, with the nearest name if there is one
+std::string typeNamed(const std::string& type);
+
+/// Sets the type, written in any letter case.
 /// @throws Refusal for an unknown one
 void setType(c_Distribution& distribution, const std::string& type);
 
-/// What a parameter or limit is as a variant: "=B3" or "=A2:A200" a range of the sheet, another
-/// text that reads as a number a number, anything else a text.
+/// A sentence of the engine, with what helps at a terminal.
+Refusal refusal(const std::string& sentence);
+
+/// The number that an argument spells: as the engine reads texts, or "10%" for 0.1; nothing for any
+/// other text.
+/// @throws UsageError where a comma may be a decimal comma
+std::optional<double> numberIn(const std::string& argument);
+
+/// What a parameter is as a variant: "=B3" or "=A2:A200" a range of the sheet, a number, or the
+/// text as it stands.
 /// @param sheet  null when no sheet was given
-/// @throws UsageError for a wrong reference
+/// @throws UsageError for a wrong reference, and for a comma that may be a decimal comma
 Variant argumentValue(const std::string& argument, const std::shared_ptr<const Worksheet>& sheet);
 
 /// What a parameter or limit holds: itself, or the content of its range.
 Variant content(const Variant& value);
 
-/// The content as a table shows it: a number, a text, or how many cells there are.
-Table::Cell shownContent(const Variant& value);
-
 /// The finite number that the argument of `option` spells.
 /// @throws UsageError
 double numberArgument(const std::string& option, const std::string& argument);
 
-/// The whole number in [least, most] that the argument of `option` spells.
+/// The whole number in [least, most] that the argument of `option` spells, such as "1000000",
+/// "1,000,000" or "1e6".
 /// @throws UsageError
 std::uint64_t countArgument(const std::string& option, const std::string& argument,
                             std::uint64_t least, std::uint64_t most);

@@ -10,7 +10,7 @@ namespace {
 
 Table checkedTable(const std::vector<DistributionArguments::Item>& items) {
   Table table({"parameter", "given", "value"});
-  for (const auto& [name, given, value] : items) table.add({name, given, shownContent(value)});
+  for (const auto& item : items) table.add({item.name, item.given, item.shown()});
   return table;
 }
 
@@ -32,8 +32,9 @@ Table johnsonTable(const std::vector<DistributionArguments::Item>& items) {
 
   Table table({"parameter", "given", "value", "fitted"});
   for (std::size_t i = 0; i < items.size(); ++i) {
-    const auto& [name, given, value] = items[i];
-    table.add({name, given, shownContent(value), i < moments.size() ? moments[i] : Table::Cell{}});
+    const auto& item = items[i];
+    table.add(
+        {item.name, item.given, item.shown(), i < moments.size() ? moments[i] : Table::Cell{}});
   }
   table.add({"Curve", {}, {}, fitted ? curve.typeName : "none: the fit did not converge"});
   if (fitted) {

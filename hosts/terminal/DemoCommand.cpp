@@ -46,7 +46,7 @@ std::string sheetGrid(const Worksheet& sheet) {
   for (std::int32_t row = 1; row <= sheet.rows(); ++row) {
     std::vector<Table::Cell> cells{static_cast<double>(row)};
     for (std::int32_t column = 1; column <= sheet.columns(); ++column) {
-      const Variant& content = sheet.at({row, column});
+      const Variant content = sheet.at({row, column});
       cells.emplace_back(content.isError() ? "#N/A" : content.toText());
     }
     grid.add(std::move(cells));
@@ -118,11 +118,18 @@ void addDemo(CLI::App& program) {
   CLI::App* command =
       program.add_subcommand("demo", "Distributions on a small worksheet, with an explanation");
   command->footer("Examples:\n  palvex demo\n  palvex demo --save estimate.csv");
-  const auto file = std::make_shared<std::string>();
-  command->add_option("--save", *file, "Write the worksheet to a file instead")->type_name("FILE");
-  command->callback([file] {
-    Output output(*file);
-    output.write(file->empty() ? demonstration() : std::string(sheetText));
+  struct Options {
+    std::string file;
+    bool force = false;
+  };
+  const auto options = std::make_shared<Options>();
+  auto* save = command->add_option("--save", options->file, "Write the worksheet to a file instead")
+                   ->type_name("FILE");
+  command->add_flag("--force", options->force, "Write over a file that is there")->needs(save);
+  command->callback([options] {
+    if (!options->force) refuseToOverwrite(options->file);
+    Output output(options->file);
+    output.write(options->file.empty() ? demonstration() : std::string(sheetText));
     output.close();
   });
 }

@@ -28,7 +28,7 @@ double probability(double x, bool upTo, c_Distribution& unlimited) {
 }
 
 /// What a checked distribution's limits keep of its probability; empty when they are none.
-Table::Cell keptShare(const DescribeOptions& options) {
+Table::Cell keptShare(DescribeOptions& options) {
   c_Distribution unlimited;
   options.set(unlimited);
   const auto limit = [](const Variant& given) {
@@ -51,11 +51,11 @@ Table::Cell keptShare(const DescribeOptions& options) {
   return std::round(share * decimals) / decimals;
 }
 
-Table described(c_Distribution& distribution, const DescribeOptions& options) {
+Table described(c_Distribution& distribution, DescribeOptions& options) {
   const auto items = options.setChecked(distribution);
   Table table({"quantity", "value"});
   table.add({"Type", options.type});
-  for (const auto& [name, given, value] : items) table.add({name, shownContent(value)});
+  for (const auto& item : items) table.add({item.name, item.shown()});
   const Table::Cell share = keptShare(options);
   if (!std::holds_alternative<std::monostate>(share)) table.add({"Kept share", share});
   table.add({"Mean of the law", distribution.mean()});

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <limits>
 
 #include "hosts/terminal/Arguments.h"
 #include "hosts/terminal/Commands.h"
@@ -16,25 +17,55 @@ struct EvalOptions : ResultOptions, DistributionArguments {
   std::string steps = "10";
 };
 
-std::vector<double> positions(const EvalOptions& options) {
-  std::vector<double> xs;
-  for (const std::string& x : options.at) xs.push_back(numberArgument("--at", x));
-  if (!options.from.empty()) {
-    const double from = numberArgument("--from", options.from);
-    const double to = numberArgument("--to", options.to);
-    const std::uint64_t steps = countArgument("--steps", options.steps, 1, 1'000'000);
-    for (std::uint64_t i = 0; i <= steps; ++i) {
-      xs.push_back(std::lerp(from, to, static_cast<double>(i) / static_cast<double>(steps)));
+constexpr std::uint64_t mostSteps = 1'000'000'000;
+
+/// The points of the command line.
+struct Points {
+  std::vector<double> single;
+  double from = 0;
+  double to = 0;
+  std::uint64_t steps = 0;  // none for no range
+
+  explicit Points(const EvalOptions& options) {
+    for (const std::string& x : options.at) single.push_back(numberArgument("--at", x));
+    if (!options.from.empty()) {
+      from = numberArgument("--from", options.from);
+      to = numberArgument("--to", options.to);
+      steps = countArgument("--steps", options.steps, 1, mostSteps);
+    }
+    if (single.empty() && steps == 0)
+      throw UsageError("eval: say where, with --at X... or --from A --to B");
+  }
+
+  /// Hands each point to `use`, until the user asks to end.
+  template <class Use>
+  void each(Use use) const {
+    for (const double x : single) use(x);
+    double last = std::numeric_limits<double>::quiet_NaN();
+    for (std::uint64_t i = 0; steps > 0 && i <= steps && !interrupted(); ++i) {
+      const double x = std::lerp(from, to, static_cast<double>(i) / static_cast<double>(steps));
+      if (x != last) use(x);  // from 0 to 0 there is one point
+      last = x;
     }
   }
-  if (xs.empty()) throw UsageError("eval: say where, with --at X... or --from A --to B");
-  return xs;
-}
+};
 
-Table evaluated(c_Distribution& distribution, const std::vector<double>& xs) {
-  Table table({"x", "density", "probability"});
-  for (const double x : xs) table.add({x, distribution.pdf(x), distribution.cdf(x)});
-  return table;
+void eval(EvalOptions& options) {
+  const Points points(options);
+  c_Distribution distribution;
+  options.setChecked(distribution);
+  const CatchInterrupt catching;
+  Output output;
+  TableWriter table(output, {"x", "density", "probability"}, options.format);
+  try {
+    points.each([&](double x) { table.add({x, distribution.pdf(x), distribution.cdf(x)}); });
+  } catch (const RuntimeError&) {
+    table.breakOff();
+    throw;
+  }
+  table.close();
+  output.close();
+  if (interrupted()) throw Interruption{};
 }
 
 }  // namespace
@@ -59,14 +90,7 @@ void addEval(CLI::App& program) {
   from->type_name("A")->needs(to);
   to->type_name("B")->needs(from);
   options->ResultOptions::addTo(*command);
-  command->callback([options] {
-    const std::vector<double> xs = positions(*options);
-    c_Distribution distribution;
-    options->setChecked(distribution);
-    Output output;
-    output.write(evaluated(distribution, xs).text(options->format));
-    output.close();
-  });
+  command->callback([options] { eval(*options); });
 }
 
 }  // namespace palvex::terminal

@@ -7,9 +7,10 @@ namespace palvex::terminal {
 /// How the program ends; `palvex --help` lists these for its users.
 enum class ExitCode {
   good = 0,
-  fault = 1,   // the engine refused the distribution, or an evaluation raised an error
-  usage = 2,   // the command line, the worksheet file or a reference into it is wrong
-  output = 3,  // the results could not be written
+  fault = 1,          // the engine refused the distribution, or an evaluation raised an error
+  usage = 2,          // the command line, the worksheet file or a reference into it is wrong
+  output = 3,         // the results could not be written
+  interrupted = 130,  // ended by Ctrl-C, as shells expect it
 };
 
 /// A sentence of the engine about the distribution that it was given.
@@ -21,6 +22,9 @@ struct Refusal : std::runtime_error {
 struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
+
+/// The user has asked to end; what was written is whole.
+struct Interruption {};
 
 /// Results that could not be written; the text is empty where the reader just went away, which
 /// needs no message.

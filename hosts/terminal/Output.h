@@ -29,6 +29,32 @@ class Output {
   std::FILE* file_;
 };
 
+/// Writes to standard error, and lets it be where that is closed or full.
+void writeMessage(std::string_view text) noexcept;
+
+/// Gives the standard streams that the caller closed a place of their own, so that no file that is
+/// opened later takes it and receives what was meant for them. To be called first of all.
+void holdStandardStreams();
+
+/// @throws UsageError when `output` is the very file `input`, which is to be read
+void refuseToOverwriteInput(const std::string& output, const std::string& input);
+
+/// @throws UsageError when there is a file of this name
+void refuseToOverwrite(const std::string& output);
+
+/// Whether the user has asked to end (Ctrl-C) since a `CatchInterrupt` was made.
+[[nodiscard]] bool interrupted() noexcept;
+
+/// While it lives, the first Ctrl-C does not end the program but makes `interrupted` true, so that
+/// a long run can end with whole lines; the second one ends it.
+class CatchInterrupt {
+ public:
+  CatchInterrupt();
+  CatchInterrupt(const CatchInterrupt&) = delete;
+  CatchInterrupt& operator=(const CatchInterrupt&) = delete;
+  ~CatchInterrupt();
+};
+
 /// A line on standard error that shows how far a long run is; only for a person at a terminal whose
 /// results do not go to the same screen.
 class Progress {

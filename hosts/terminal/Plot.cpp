@@ -8,6 +8,7 @@
 #include <numeric>
 #include <utility>
 
+#include "hosts/terminal/Text.h"
 #include "runtime/NumericText.h"
 
 namespace palvex::terminal {
@@ -42,9 +43,10 @@ constexpr const char* style = R"(<style>
 </style>
 )";
 
-std::string escaped(std::string_view text) {
+/// `text` as the content of an element.
+std::string content(std::string_view text) {
   std::string safe;
-  for (const char c : text) {
+  for (const char c : escaped(text)) {
     switch (c) {
       case '&':
         safe += "&amp;";
@@ -59,7 +61,7 @@ std::string escaped(std::string_view text) {
         safe += "&quot;";
         break;
       default:
-        safe += static_cast<unsigned char>(c) < ' ' ? ' ' : c;
+        safe += c;
     }
   }
   return safe;
@@ -74,9 +76,9 @@ using Line = std::vector<Point>;
 /// The elements of a drawing, in the order in which they are painted.
 class Drawing {
  public:
-  void text(Point at, std::string_view cssClass, std::string_view content) {
+  void text(Point at, std::string_view cssClass, std::string_view words) {
     fmt::format_to(out(), "<text x=\"{:.1f}\" y=\"{:.1f}\" class=\"{}\">{}</text>\n", at.x, at.y,
-                   cssClass, escaped(content));
+                   cssClass, content(words));
   }
   void line(const Line& points, std::string_view cssClass) {
     fmt::format_to(out(), R"(<path class="{}" d=")", cssClass);
@@ -350,7 +352,7 @@ std::string svgOf(const std::vector<Panel>& panels, const std::string& title) {
     if (!summary.empty()) summary += "; ";
     summary += panel.title + ", " + panel.subtitle;
   }
-  drawing.raw("<title>" + escaped(summary) + "</title>\n");
+  drawing.raw("<title>" + content(summary) + "</title>\n");
   drawing.raw(style);
   drawing.raw(fmt::format(
       "<clipPath id=\"chart\"><rect x=\"{}\" y=\"{}\" width=\"{}\" height=\"{}\"/></clipPath>\n",

@@ -1,14 +1,18 @@
 #include <fmt/format.h>
+#include <sys/wait.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
+#include <utility>
 
 #include "hosts/terminal/Arguments.h"
 #include "hosts/terminal/Commands.h"
 #include "hosts/terminal/Faults.h"
 #include "hosts/terminal/Output.h"
 #include "hosts/terminal/Plot.h"
+#include "hosts/terminal/Text.h"
 #include "runtime/NumericText.h"
 
 namespace palvex::terminal {
@@ -22,15 +26,43 @@ struct PlotOptions : DistributionArguments {
   std::string title;
   std::string from;
   std::string to;
+  bool force = false;
 };
+
+/// The words of a text as a shell parts them: by blanks, quotes of either kind keeping them
+/// together.
+/// @throws UsageError for a quote that is not closed
+std::vector<std::string> wordsIn(const std::string& text) {
+  std::vector<std::string> words;
+  std::string word;
+  bool inWord = false;
+  char quote = 0;
+  for (const char c : text) {
+    if (quote != 0 ? c == quote : c == '\'' || c == '"') {
+      quote = quote != 0 ? '\0' : c;
+      inWord = true;
+    } else if (quote == 0 && (c == ' ' || c == '\t' || c == '\n' || c == '\r')) {
+      if (inWord) words.push_back(std::exchange(word, {}));
+      inWord = false;
+    } else {
+      word += c;
+      inWord = true;
+    }
+  }
+  if (quote != 0) throw UsageError(fmt::format("'{}': a quote is not closed", text));
+  if (inWord) words.push_back(word);
+  return words;
+}
 
 /// What "TYPE PARAMETER... --ltl --utl --sheet" in one text stands for.
 DistributionArguments argumentsIn(const std::string& description) {
   CLI::App parser;
   DistributionArguments arguments;
   arguments.addTo(parser);
+  std::vector<std::string> words = wordsIn(description);
+  std::reverse(words.begin(), words.end());  // as the parser takes them
   try {
-    parser.parse(description);
+    parser.parse(words);
   } catch (const CLI::ParseError& error) {
     throw UsageError(fmt::format("'{}': {}", description, error.what()));
   }
@@ -40,20 +72,25 @@ DistributionArguments argumentsIn(const std::string& description) {
 /// One distribution in the words of the command line, or several with one text for
 /// each.
 std::vector<DistributionArguments> distributionsOf(const DistributionArguments& options) {
-  if (options.type.find(' ') == std::string::npos) return {options};
-  std::vector<DistributionArguments> found{argumentsIn(options.type)};
-  for (const std::string& description : options.parameters)
-    found.push_back(argumentsIn(description));
+  std::vector<DistributionArguments> found;
+  if (options.type.find(' ') == std::string::npos) {
+    found.push_back(options);
+  } else {
+    found.push_back(argumentsIn(options.type));
+    for (const std::string& description : options.parameters)
+      found.push_back(argumentsIn(description));
+  }
   for (DistributionArguments& one : found) {
     if (one.lowerLimit.empty()) one.lowerLimit = options.lowerLimit;
     if (one.upperLimit.empty()) one.upperLimit = options.upperLimit;
     if (one.sheetFile.empty()) one.sheetFile = options.sheetFile;
   }
+  readSheets(found);
   return found;
 }
 
 std::string parameterText(const DistributionArguments::Item& item) {
-  const Table::Cell shown = shownContent(item.value);
+  const Table::Cell shown = item.shown();
   if (const double* number = std::get_if<double>(&shown))
     return item.name + ' ' + numberText(*number);
   const std::string* text = std::get_if<std::string>(&shown);
@@ -121,7 +158,7 @@ void drawDensity(c_Distribution& whole, double from, double to, Panel& panel) {
   }
 }
 
-Panel panelOf(const DistributionArguments& arguments, const PlotOptions& options) {
+Panel panelOf(DistributionArguments& arguments, const PlotOptions& options) {
   c_Distribution distribution;
   const auto items = arguments.setChecked(distribution);
   c_Distribution whole;
@@ -154,21 +191,39 @@ std::string shellQuoted(const std::string& text) {
 
 /// Writes a picture as PNG by the program rsvg-convert.
 void writePng(const std::string& svg, const std::string& file) {
+  namespace fs = std::filesystem;
+  const fs::path folder = fs::absolute(file).parent_path();
+  if (std::error_code none; !fs::is_directory(folder, none))
+    throw OutputError(fmt::format("can not write '{}': there is no folder '{}'", file,
+                                  fs::path(file).parent_path().string()));
+  constexpr int commandNotFound = 127;
   const std::string command =
       "rsvg-convert --zoom 2 --output " + shellQuoted(file) + " 2>/dev/null";
   std::FILE* const pipe = popen(command.c_str(), "w");
   const bool written =
       pipe != nullptr && std::fwrite(svg.data(), 1, svg.size(), pipe) == svg.size();
   const int status = pipe != nullptr ? pclose(pipe) : -1;
+  if (status != -1 && WIFEXITED(status) && WEXITSTATUS(status) == commandNotFound)
+    throw OutputError(
+        "PNG needs the program rsvg-convert (Debian: librsvg2-bin); a file that ends in .svg needs "
+        "no other program");
   if (!written || status != 0)
-    throw OutputError("rsvg-convert did not make '" + file +
-                      "'; is it installed? A file that ends in .svg needs no other program");
+    throw OutputError(fmt::format("rsvg-convert could not write '{}'", file));
+}
+
+bool endsIn(const std::string& file, std::string_view ending) {
+  return file.size() >= ending.size() &&
+         sameLetters(std::string_view(file).substr(file.size() - ending.size()), ending);
+}
+
+/// @throws UsageError for a name that is no picture's
+void checkName(const std::string& file) {
+  if (!file.empty() && !endsIn(file, ".svg") && !endsIn(file, ".png"))
+    throw UsageError("plot: '" + file + "' ends neither in .svg nor in .png");
 }
 
 void write(const std::string& svg, const std::string& file) {
-  if (file.ends_with(".png")) return writePng(svg, file);
-  if (!file.empty() && !file.ends_with(".svg"))
-    throw UsageError("plot: '" + file + "' ends neither in .svg nor in .png");
+  if (endsIn(file, ".png")) return writePng(svg, file);
   Output output(file);
   output.write(svg);
   output.close();
@@ -198,13 +253,18 @@ void addPlot(CLI::App& program) {
                    "File to write, .svg or .png (PNG needs rsvg-convert); else "
                    "standard output")
       ->type_name("FILE");
+  command->add_flag("--force", options->force, "Write even over the worksheet that is read");
   command->add_option("--title", options->title, "Heading of the picture");
   command->add_option("--from", options->from, "Where the axis begins")->type_name("A");
   command->add_option("--to", options->to, "Where the axis ends")->type_name("B");
   command->callback([options] {
+    checkName(options->file);
+    std::vector<DistributionArguments> distributions = distributionsOf(*options);
     std::vector<Panel> panels;
-    for (const DistributionArguments& one : distributionsOf(*options))
+    for (DistributionArguments& one : distributions) {
+      if (!options->force) refuseToOverwriteInput(options->file, one.sheetFile);
       panels.push_back(panelOf(one, *options));
+    }
     write(svgOf(panels, options->title), options->file);
   });
 }

@@ -40,12 +40,15 @@ int digitValue(char c) {
   return c >= '0' && c <= '9' ? c - '0' : -1;
 }
 
-std::optional<Place> takePlace(std::string_view& text) {
+/// "B3", or a column alone with `rowOfColumn` as its row.
+std::optional<Place> takePlace(std::string_view& text, std::int32_t rowOfColumn) {
   skipDollar(text);
   const std::int32_t column = takeNumber(text, mostLetters, 26, letterValue);
+  if (column == 0) return {};
+  if (text.empty() || text.starts_with(':')) return Place{rowOfColumn, column};
   skipDollar(text);
   const std::int32_t row = takeNumber(text, mostDigits, 10, digitValue);
-  if (row == 0 || column == 0) return {};
+  if (row == 0) return {};
   return Place{row, column};
 }
 
@@ -56,13 +59,13 @@ std::string absoluteAddress(const Place& place) {
 }  // namespace
 
 std::optional<Block> parseReference(std::string_view text) {
-  const auto first = takePlace(text);
+  const auto first = takePlace(text, text.find(':') == std::string_view::npos ? 0 : 1);
   auto last = first;
   if (text.starts_with(':')) {
     text.remove_prefix(1);
-    last = takePlace(text);
+    last = takePlace(text, Block::endOfSheet);
   }
-  if (!first || !last || !text.empty()) return {};
+  if (!first || first->row == 0 || !last || !text.empty()) return {};
   return Block{{std::min(first->row, last->row), std::min(first->column, last->column)},
                {std::max(first->row, last->row), std::max(first->column, last->column)}};
 }

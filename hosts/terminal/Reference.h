@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,10 +18,14 @@ struct Place {
 struct Block {
   Place first;
   Place last;
+
+  /// The last row of a block that reaches down to the end of the sheet.
+  static constexpr std::int32_t endOfSheet = std::numeric_limits<std::int32_t>::max();
 };
 
-/// Reads "B3", "$B$3" or "A2:A200" in either letter case, the corners in any order; nothing for any
-/// other text and for a row or column that no worksheet reaches.
+/// Reads "B3", "$B$3" or "A2:A200" in either letter case, the corners in any order; also "A:A" for
+/// a whole column and "A2:A" for one from a row on. Nothing for any other text and for a row or
+/// column that no worksheet reaches.
 [[nodiscard]] std::optional<Block> parseReference(std::string_view text);
 
 /// "B" for 2, "AA" for 27.

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <variant>
 #include <vector>
+
+#include "hosts/terminal/Output.h"
 
 namespace palvex::terminal {
 
@@ -21,17 +24,50 @@ class Table {
   void add(std::vector<Cell> row) { rows_.push_back(std::move(row)); }
 
   /// The table as a text that ends with a line break. JSON is an array with one object for each
-  /// row, a column without content left out of it.
+  /// row, a column without content left out of it. For people, control characters are written out.
   /// @param digits  significant digits of a number for people
   [[nodiscard]] std::string text(Format format, int digits = 10) const;
 
  private:
-  [[nodiscard]] std::string forPeople(int digits) const;
-  [[nodiscard]] std::string csv() const;
-  [[nodiscard]] std::string json() const;
+  friend class TableWriter;
+
+  // The columns' names, and the rows, of a table that is written in parts.
+  [[nodiscard]] std::string head(Format format, int digits, std::vector<std::size_t>& widths) const;
+  [[nodiscard]] std::string body(Format format, int digits, std::vector<std::size_t>& widths,
+                                 bool isFirst) const;
+  static std::string tail(Format format);
+
+  void widen(std::vector<std::size_t>& widths, int digits) const;
+  [[nodiscard]] bool isNumeric(std::size_t column) const;
 
   std::vector<std::string> columns_;
   std::vector<std::vector<Cell>> rows_;
+};
+
+/// Writes a table of any length row by row, in little memory. For people, the columns are as wide
+/// as the first rows need, and wider from where later ones need more.
+class TableWriter {
+ public:
+  TableWriter(Output& output, std::vector<std::string> columns, Format format, int digits = 10)
+      : output_(output), part_(std::move(columns)), format_(format), digits_(digits) {}
+
+  void add(std::vector<Table::Cell> row);
+  /// Writes what is left, so that the table is whole. To be called at the end.
+  void close();
+  /// Likewise after a fault; but a table of which nothing was written yet is dropped.
+  void breakOff() {
+    if (!isFirst_) close();
+  }
+
+ private:
+  void flush();
+
+  Output& output_;
+  Table part_;
+  Format format_;
+  int digits_;
+  std::vector<std::size_t> widths_;
+  bool isFirst_ = true;
 };
 
 }  // namespace palvex::terminal

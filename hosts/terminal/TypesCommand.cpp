@@ -1,3 +1,6 @@
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
 #include "engine/Catalogue.h"
 #include "hosts/terminal/Arguments.h"
 #include "hosts/terminal/Commands.h"
@@ -19,6 +22,12 @@ Table typesTable() {
   return table;
 }
 
+/// The layouts of a histogram's data, which are its second parameter.
+std::string layoutsText() {
+  return fmt::format("\nData Config of a histogram is one of \"{}\".\n",
+                     fmt::join(dataConfigurations, "\", \""));
+}
+
 }  // namespace
 
 void addTypes(CLI::App& program) {
@@ -29,6 +38,7 @@ void addTypes(CLI::App& program) {
   command->callback([options] {
     Output output;
     output.write(typesTable().text(options->format));
+    if (options->format == Format::people) output.write(layoutsText());
     output.close();
   });
 }

@@ -4,12 +4,16 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 #include <memory>
+#include <optional>
 #include <utility>
 
+#include "hosts/terminal/Text.h"
 #include "runtime/NumericText.h"
 
 namespace palvex::terminal {
@@ -26,75 +30,191 @@ constexpr std::array<std::pair<std::string_view, std::int32_t>, 7> errorValues{{
     {"#N/A", 2042},
 }};
 
-Variant cellFrom(std::string field) {
-  if (field.empty()) return {};
-  for (const auto& [text, code] : errorValues) {
-    if (field == text) return Variant::error(code);
+// Cells that are no numbers: NaNs whose lower bits tell an error value's code, or the index of a
+// text.
+constexpr std::uint64_t kindMask = 0xFFFF'0000'0000'0000;
+constexpr std::uint64_t emptyCell = 0x7FFC'0000'0000'0000;
+constexpr std::uint64_t errorCell = 0x7FFD'0000'0000'0000;
+constexpr std::uint64_t textCell = 0x7FFE'0000'0000'0000;
+
+constexpr std::int32_t mostRows = std::numeric_limits<std::int32_t>::max() - 1;
+
+/// The character that parts the fields of a text's first lines: the one that stands in each of them
+/// equally often, else the most frequent one of the first line; a comma where there is none.
+char separatorOf(std::string_view text) {
+  constexpr std::size_t mostLines = 10;
+  constexpr std::string_view candidates = ";\t,";
+  std::vector<std::array<std::size_t, candidates.size()>> lines;
+  std::array<std::size_t, candidates.size()> counts{};
+  bool quoted = false;
+  bool blank = true;
+  for (const char c : text) {
+    if (c == '"') quoted = !quoted;
+    if ((c == '\n' || c == '\r') && !quoted) {
+      if (!blank) lines.push_back(counts);
+      if (lines.size() == mostLines) break;
+      counts = {};
+      blank = true;
+      continue;
+    }
+    blank = false;
+    const std::size_t which = candidates.find(c);
+    if (which != std::string_view::npos && !quoted) ++counts[which];
   }
-  if (const auto number = defaultNumericText(field)) return *number;
-  return field;
+  // What the text breaks off in is no whole line, unless it is the only one.
+  if (lines.empty()) lines.push_back(counts);
+
+  const auto& first = lines.front();
+  for (std::size_t i = 0; i < candidates.size(); ++i) {
+    const auto same = [&](const auto& line) { return line[i] == first[i]; };
+    if (first[i] > 0 && std::all_of(lines.begin(), lines.end(), same)) return candidates[i];
+  }
+  const auto most = std::max_element(first.rbegin(), first.rend());  // a comma in case of doubt
+  return candidates[static_cast<std::size_t>(first.rend() - most - 1)];
 }
 
-/// One pass over the text, field by field.
+struct FileCloser {
+  void operator()(std::FILE* file) const {
+    if (file != stdin) static_cast<void>(std::fclose(file));
+  }
+};
+
+}  // namespace
+
+/// One pass over the text, which comes in parts of any length.
 class CsvReader {
  public:
-  CsvReader(std::string_view text, const std::string& name) : rest_(text), name_(name) {
-    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    if (rest_.starts_with(byteOrderMark)) rest_.remove_prefix(byteOrderMark.size());
+  CsvReader(Worksheet& sheet, const std::string& name) : sheet_(sheet), name_(name) {}
+
+  /// The next part; the first one shows what separates the fields.
+  void read(std::string_view part) {
+    if (std::exchange(atStart_, false)) {
+      constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+      if (part.starts_with(byteOrderMark)) part.remove_prefix(byteOrderMark.size());
+      separator_ = separatorOf(part);
+      plainEnds_ = {separator_, '\r', '\n'};
+    }
+    const std::string_view good = part.substr(0, part.find('\0'));
+    for (std::string_view rest = good; !rest.empty();) rest = step(rest);
+    if (good.size() < part.size()) fail("this is no UTF-8 text; save the sheet as CSV in UTF-8");
   }
 
-  std::vector<Worksheet::Row> read() {
-    if (rest_.find('\0') != std::string_view::npos) fail("this is no UTF-8 text");
-    std::vector<Worksheet::Row> rows;
-    for (; !rest_.empty(); ++line_) rows.push_back(readRow());
-    return rows;
+  void end() {
+    if (state_ == State::quoted || state_ == State::quotedAfterReturn)
+      fail("a quoted field is not closed", openedAt_);
+    if (state_ != State::rowStart && state_ != State::afterReturn) endRow();
+    if (sheet_.rows_ == 0) throw SheetError(fmt::format("'{}' is empty", name_));
   }
 
  private:
-  Worksheet::Row readRow() {
-    Worksheet::Row row;
-    do {
-      row.push_back(cellFrom(rest_.starts_with('"') ? readQuoted() : readPlain()));
-    } while (take(','));
-    if (!rest_.empty() && !takeLineBreak()) fail("text after a closing quote");
-    return row;
-  }
+  enum class State {
+    rowStart,
+    fieldStart,
+    plain,
+    quoted,
+    quotedAfterReturn,
+    quoteSeen,    // the end of a quoted field, or the first one of a doubled quote
+    afterReturn,  // a line feed belongs to the carriage return before it
+  };
 
-  std::string readPlain() {
-    std::string field(rest_.substr(0, rest_.find_first_of(",\r\n")));
-    rest_.remove_prefix(field.size());
-    return field;
-  }
-
-  std::string readQuoted() {
-    const std::size_t openedAt = line_;
-    rest_.remove_prefix(1);
-    std::string field;
-    for (;;) {
-      const std::string_view part = rest_.substr(0, rest_.find_first_of("\"\r\n"));
-      field += part;
-      rest_.remove_prefix(part.size());
-      if (rest_.empty()) fail("a quoted field is not closed", openedAt);
-      if (take('"')) {
-        if (!take('"')) return field;
-        field += '"';
-      } else {
-        takeLineBreak();
-        field += '\n';
-        ++line_;
+  /// Reads on to where the state changes, and returns what is left.
+  std::string_view step(std::string_view rest) {
+    switch (state_) {
+      case State::rowStart:
+      case State::fieldStart:
+        place_ = {sheet_.rows_ + 1, ++column_};
+        wanted_ = sheet_.wants(place_);
+        openedAt_ = line_;
+        state_ = rest.front() == '"' ? State::quoted : State::plain;
+        return rest.substr(state_ == State::quoted ? 1 : 0);
+      case State::plain: {
+        const std::size_t length = std::min(rest.find_first_of(plainEnds_), rest.size());
+        take(rest.substr(0, length));
+        rest.remove_prefix(length);
+        if (rest.empty()) return rest;
+        endField(rest.front());
+        return rest.substr(1);
       }
+      case State::quotedAfterReturn:
+        state_ = State::quoted;
+        return rest.substr(rest.front() == '\n' ? 1 : 0);
+      case State::quoted: {
+        const std::size_t length = std::min(rest.find_first_of("\"\r\n"), rest.size());
+        take(rest.substr(0, length));
+        rest.remove_prefix(length);
+        if (rest.empty()) return rest;
+        if (rest.front() == '"') {
+          state_ = State::quoteSeen;
+        } else {
+          take("\n");
+          ++line_;
+          if (rest.front() == '\r') state_ = State::quotedAfterReturn;
+        }
+        return rest.substr(1);
+      }
+      case State::quoteSeen:
+        if (rest.front() == '"') {
+          take("\"");
+          state_ = State::quoted;
+        } else if (plainEnds_.find(rest.front()) != std::string::npos) {
+          endField(rest.front());
+        } else {
+          fail("text after a closing quote");
+        }
+        return rest.substr(1);
+      case State::afterReturn:
+        state_ = State::rowStart;
+        return rest.substr(rest.front() == '\n' ? 1 : 0);
+    }
+    return {};
+  }
+
+  void take(std::string_view part) {
+    if (wanted_) field_ += part;
+  }
+
+  void endField(char by) {
+    if (by == separator_) {
+      keepField();
+      state_ = State::fieldStart;
+    } else {
+      endRow();
+      state_ = by == '\r' ? State::afterReturn : State::rowStart;
+      ++line_;
     }
   }
 
-  bool take(char c) {
-    if (!rest_.starts_with(c)) return false;
-    rest_.remove_prefix(1);
-    return true;
+  void endRow() {
+    if (state_ == State::fieldStart) ++column_;  // nothing comes after the last separator
+    keepField();
+    if (sheet_.rows_ == mostRows) fail("too many rows");
+    ++sheet_.rows_;
+    sheet_.columns_ = std::max(sheet_.columns_, column_);
+    column_ = 0;
   }
 
-  bool takeLineBreak() {
-    const bool carriageReturn = take('\r');
-    return take('\n') || carriageReturn;
+  void keepField() {
+    if (!wanted_) return;
+    wanted_ = false;
+    sheet_.keep(place_, cellFrom(std::exchange(field_, {})));
+  }
+
+  std::uint64_t cellFrom(std::string field) {
+    if (field.empty()) return emptyCell;
+    for (const auto& [text, code] : errorValues) {
+      if (field == text) return errorCell | static_cast<std::uint64_t>(code);
+    }
+    if (const auto number = defaultNumericText(field)) {
+      const bool doubtful = separator_ == ';' && field.find(',') != std::string::npos;
+      if (doubtful || !commasMarkThousands(field)) {
+        fail(fmt::format("the comma in '{}' ({}{}) may be a decimal comma; write a decimal point",
+                         field, columnName(place_.column), place_.row),
+             openedAt_);
+      }
+      return std::bit_cast<std::uint64_t>(*number);
+    }
+    sheet_.texts_.push_back(std::move(field));
+    return textCell | (sheet_.texts_.size() - 1);
   }
 
   [[noreturn]] void fail(std::string_view why) const { fail(why, line_); }
@@ -102,51 +222,105 @@ class CsvReader {
     throw SheetError(fmt::format("{} line {}: {}", name_, line, why));
   }
 
-  std::string_view rest_;
+  Worksheet& sheet_;
   const std::string& name_;
+  State state_ = State::rowStart;
+  bool atStart_ = true;
+  char separator_ = ',';
+  std::string plainEnds_;
+  std::string field_;
+  bool wanted_ = false;
+  Place place_{0, 0};
+  std::int32_t column_ = 0;
   std::size_t line_ = 1;
+  std::size_t openedAt_ = 1;
 };
 
-struct FileCloser {
-  void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
-};
-
-}  // namespace
-
-Worksheet::Worksheet(std::vector<Row> cells) : cells_(std::move(cells)) {
-  for (const Row& row : cells_) {
-    columns_ = std::max(columns_, static_cast<std::int32_t>(row.size()));
-  }
+std::span<const Block> Worksheet::everything() {
+  constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
+  static constexpr std::array<Block, 1> all{{{{1, 1}, {most, most}}}};
+  return all;
 }
 
-Worksheet Worksheet::fromCsv(std::string_view text, const std::string& name) {
-  return Worksheet(CsvReader(text, name).read());
+Worksheet Worksheet::fromCsv(std::string_view text, const std::string& name,
+                             std::span<const Block> wanted) {
+  Worksheet sheet(wanted);
+  CsvReader reader(sheet, name);
+  reader.read(text);
+  reader.end();
+  return sheet;
 }
 
-Worksheet Worksheet::fromFile(const std::string& path) {
+Worksheet Worksheet::fromFile(const std::string& path, std::span<const Block> wanted) {
   const auto fail = [&path] {
     throw SheetError(fmt::format("can not read '{}': {}", path, std::strerror(errno)));
   };
-  const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
+  const std::unique_ptr<std::FILE, FileCloser> file(path == "-" ? stdin
+                                                                : std::fopen(path.c_str(), "rb"));
   if (!file) fail();
-  std::string text;
-  std::array<char, 65536> buffer;
+  Worksheet sheet(wanted);
+  const std::string name = path == "-" ? "standard input" : path;
+  CsvReader reader(sheet, name);
+  std::vector<char> buffer(std::size_t{1} << 18);
   while (const std::size_t got = std::fread(buffer.data(), 1, buffer.size(), file.get())) {
-    text.append(buffer.data(), got);
+    reader.read({buffer.data(), got});
   }
   if (std::ferror(file.get()) != 0) fail();
-  return fromCsv(text, path);
+  reader.end();
+  return sheet;
+}
+
+bool Worksheet::wants(const Place& place) {
+  // Columns are reached one after the other.
+  if (place.column == static_cast<std::int32_t>(kept_.size()) + 1) {
+    Column column{1, 0, {}};
+    bool any = false;
+    for (const auto& [first, last] : wanted_) {
+      if (last.column < place.column) continue;
+      any = true;
+      if (first.column > place.column) continue;
+      const bool none = column.last < column.first;
+      column.first = none ? first.row : std::min(column.first, first.row);
+      column.last = none ? last.row : std::max(column.last, last.row);
+    }
+    if (any) kept_.push_back(std::move(column));
+  }
+  const auto index = static_cast<std::size_t>(place.column - 1);
+  return index < kept_.size() && kept_[index].first <= place.row && place.row <= kept_[index].last;
+}
+
+void Worksheet::keep(const Place& place, std::uint64_t cell) {
+  auto& [first, last, cells] = kept_[static_cast<std::size_t>(place.column - 1)];
+  cells.resize(static_cast<std::size_t>(place.row - first), emptyCell);  // of shorter rows
+  cells.push_back(cell);
 }
 
 bool Worksheet::contains(const Block& block) const {
   return block.last.row <= rows() && block.last.column <= columns();
 }
 
-const Variant& Worksheet::at(const Place& place) const {
-  static const Variant blank;
-  const Row& row = cells_.at(static_cast<std::size_t>(place.row - 1));
+Block Worksheet::ended(Block block) const {
+  if (block.last.row == Block::endOfSheet) block.last.row = std::max(rows(), block.first.row);
+  return block;
+}
+
+Variant Worksheet::at(const Place& place) const {
   const auto column = static_cast<std::size_t>(place.column - 1);
-  return column < row.size() ? row[column] : blank;
+  if (column >= kept_.size()) return {};
+  const auto& [first, last, cells] = kept_[column];
+  const std::int64_t row = std::int64_t{place.row} - first;
+  if (row < 0 || row >= static_cast<std::int64_t>(cells.size())) return {};
+  const std::uint64_t cell = cells[static_cast<std::size_t>(row)];
+  switch (cell & kindMask) {
+    case emptyCell:
+      return {};
+    case errorCell:
+      return Variant::error(static_cast<std::int32_t>(cell & ~kindMask));
+    case textCell:
+      return texts_[static_cast<std::size_t>(cell & ~kindMask)];
+    default:
+      return std::bit_cast<double>(cell);
+  }
 }
 
 }  // namespace palvex::terminal
