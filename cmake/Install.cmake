@@ -8,6 +8,7 @@ install(TARGETS palvex EXPORT palvex)
 install(DIRECTORY runtime numerics families laws engine
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/palvex
         FILES_MATCHING PATTERN "*.h")
+install(FILES palvex/palvex.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/palvex)
 install(EXPORT palvex NAMESPACE palvex:: FILE palvexConfig.cmake DESTINATION ${package_dir})
 
 # Before version 1 a new minor version may change the interface.
