@@ -31,7 +31,6 @@ double c_Distribution::pdf(double x, bool noTruncation, const Variant& priorX) t
 } catch (RuntimeError& error) {
   addCall(error, "pdf", x);
   error.leave("c_Distribution.pdf");
-  throw;
 }
 
 double c_Distribution::cdf(double x) try {
@@ -43,7 +42,6 @@ double c_Distribution::cdf(double x) try {
 } catch (RuntimeError& error) {
   addCall(error, "cdf", x);
   error.leave("c_Distribution.cdf");
-  throw;
 }
 
 double c_Distribution::keptValue(double rndP) try {
@@ -52,7 +50,6 @@ double c_Distribution::keptValue(double rndP) try {
 } catch (RuntimeError& error) {
   addDraw(error, rndP, staticLtl_, staticUtl_);
   error.leave("c_Distribution.RandVal");
-  throw;
 }
 
 double c_Distribution::firstValue(double rndP, Line caller) {
@@ -83,7 +80,6 @@ double c_Distribution::liveValue(double rndP) {
   } catch (RuntimeError& error) {
     addDraw(error, rndP, lower, upper);
     error.leave("c_Distribution.RandVal");
-    throw;
   }
 }
 

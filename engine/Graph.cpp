@@ -22,14 +22,12 @@ double c_Distribution::XMin(double numSD) try {
   return plotRange(numSD).first;
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.XMin");
-  throw;
 }
 
 double c_Distribution::XMax(double numSD) try {
   return plotRange(numSD).second;
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.XMax");
-  throw;
 }
 
 std::pair<double, double> c_Distribution::plotRange(double numSD, Line caller) const try {
@@ -68,8 +66,7 @@ std::pair<double, double> c_Distribution::plotRange(double numSD, Line caller) c
   }
   return {lower, std::max(upper, std::nextafter(lower, infinity))};
 } catch (RuntimeError& error) {
-  error.at(caller);
-  throw;
+  error.leave(caller);
 }
 
 namespace {
@@ -138,7 +135,6 @@ void c_Distribution::CreateGraphData(double graphXmin, double graphXmax, bool no
   graphOL_ = std::move(whole);
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.CreateGraphData");
-  throw;
 }
 
 }  // namespace palvex

@@ -27,7 +27,6 @@ double c_Distribution::mean() try {
   return keptMoments(Method::closedForm).mean;
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.mean");
-  throw;
 }
 
 double c_Distribution::StDev(const Variant& xMean) try {
@@ -36,7 +35,6 @@ double c_Distribution::StDev(const Variant& xMean) try {
   return xMean.isMissing() ? kept.sd : checked(kept.deviationFrom(xMean.toDouble()));
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.StDev");
-  throw;
 }
 
 double c_Distribution::CalcMean() {
@@ -55,8 +53,7 @@ laws::Moments c_Distribution::keptMoments(Method method, Line caller) const try 
   const Parameters p = currentParameters(family->parametersRead);
   return momentsOf(*family, {p, fitted_}, limits, method);
 } catch (RuntimeError& error) {
-  error.at(caller);
-  throw;
+  error.leave(caller);
 }
 
 laws::Moments c_Distribution::momentsOf(const Family& family, const Values& values,
@@ -76,8 +73,7 @@ laws::Moments c_Distribution::momentsOf(const Family& family, const Values& valu
   if (!kept) kept = family.integratedMoments(values, limits);
   return {checked(kept->mean), checked(kept->sd)};
 } catch (RuntimeError& error) {
-  error.at(caller);
-  throw;
+  error.leave(caller);
 }
 
 }  // namespace palvex

@@ -45,7 +45,6 @@ bool c_Distribution::ParamsOK(std::string& errCause) try {
   return errCause.empty();
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.ParamsOK");
-  throw;
 }
 
 std::string c_Distribution::typeFault(const CatalogueEntry* entry, const Family* family,
@@ -101,7 +100,6 @@ std::string c_Distribution::BadParam(Variant param, const Permission& allowed, L
   return prefix("Improper value");
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.BadParam", caller);
-  throw;
 }
 
 Boolean c_Distribution::CellValueError(Object& range) noexcept {
@@ -135,7 +133,6 @@ bool c_Distribution::AllTruncated(const Family& family, Line caller) const try {
          (family.keepsNothing != nullptr && family.keepsNothing(values, staticLimits_));
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.AllTruncated", caller);
-  throw;
 }
 
 }  // namespace palvex

@@ -53,7 +53,6 @@ void c_Distribution::SetStaticParams(const Family& family, Line caller) try {
   }
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.SetStaticParams", caller);
-  throw;
 }
 
 Limits c_Distribution::liveLimits(Line caller) const {

@@ -47,7 +47,6 @@ double StdBetaPDF(double u, Shapes& shapes, Line caller) try {
   return checked(factor * power * Power(1 - u, shapes.beta - 1));
 } catch (RuntimeError& error) {
   error.leave("m_Beta.StdBetaPDF", caller);
-  throw;
 }
 
 double density(double x, Shapes& shapes, double minimum, double maximum, const Limits& limits,
@@ -57,7 +56,6 @@ double density(double x, Shapes& shapes, double minimum, double maximum, const L
   return StdBetaPDF(checked(x - minimum) / checked(maximum - minimum), shapes);
 } catch (RuntimeError& error) {
   error.leave("m_Beta.BetaPDF", caller);
-  throw;
 }
 
 bool densityHolds(double x, Shapes& shapes, double minimum, double maximum) {
@@ -87,7 +85,6 @@ Variant BetaCDF(double x, Shapes& shapes, Boolean upper, Line caller) try {
   }
 } catch (RuntimeError& error) {
   error.leave("m_Beta.BetaCDF", caller);
-  throw;
 }
 
 void PPFBET(double p, Shapes& shapes, double tol, std::int16_t& ier, double& x, Line caller) try {
@@ -181,7 +178,6 @@ void PPFBET(double p, Shapes& shapes, double tol, std::int16_t& ier, double& x, 
   x = b;
 } catch (RuntimeError& error) {
   error.leave("m_Beta.PPFBET", caller);
-  throw;
 }
 
 Variant BetaINV(double p, Shapes& shapes, Boolean upper, Line caller) try {
@@ -209,7 +205,6 @@ Variant BetaINV(double p, Shapes& shapes, Boolean upper, Line caller) try {
   }
 } catch (RuntimeError& error) {
   error.leave("m_Beta.BetaINV", caller);
-  throw;
 }
 
 Band band(Shapes& shapes, double minimum, double maximum, const Limits& limits, Line caller) try {
@@ -224,7 +219,6 @@ Band band(Shapes& shapes, double minimum, double maximum, const Limits& limits, 
   return wrappedWhere(limits, band);
 } catch (RuntimeError& error) {
   error.leave("m_Beta.BetaVAL", caller);
-  throw;
 }
 
 double value(double p, Shapes& shapes, double minimum, double maximum, const Band& band,
@@ -234,7 +228,6 @@ double value(double p, Shapes& shapes, double minimum, double maximum, const Ban
   return checked(checked(maximum - minimum) * u + minimum);
 } catch (RuntimeError& error) {
   error.leave("m_Beta.BetaVAL", caller);
-  throw;
 }
 
 }  // namespace palvex::m_Beta

@@ -151,7 +151,6 @@ void cdfbet(std::int16_t which, double& p, double& q, double& x, double& y, doub
   if (status == -1) refuse(qleft ? 1 : 2, qleft ? lowest : highest);
 } catch (RuntimeError& error) {
   error.leave("m_Beta.cdfbet", caller);
-  throw;
 }
 
 }  // namespace palvex::m_Beta

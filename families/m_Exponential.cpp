@@ -18,7 +18,6 @@ double density(double x, double lambda, double minimum, const Limits& limits, Li
   return checked(Exp(-lambda * (x - minimum)) * lambda);
 } catch (RuntimeError& error) {
   error.leave("m_Exponential.ExponentialPDF", caller);
-  throw;
 }
 
 double ExponentialCDF(double x, double lambda, double minimum, Line caller) try {
@@ -27,7 +26,6 @@ double ExponentialCDF(double x, double lambda, double minimum, Line caller) try 
   return 1 - std::exp(checked(-lambda * (x - minimum)));
 } catch (RuntimeError& error) {
   error.leave("m_Exponential.ExponentialCDF", caller);
-  throw;
 }
 
 double ExponentialINV(double p, double lambda, double minimum, Line caller) try {
@@ -37,7 +35,6 @@ double ExponentialINV(double p, double lambda, double minimum, Line caller) try 
   return checked(logTail * checked(-1 / lambda) + minimum);
 } catch (RuntimeError& error) {
   error.leave("m_Exponential.ExponentialINV", caller);
-  throw;
 }
 
 Band band(double lambda, double minimum, const Limits& limits, Line caller) try {
@@ -45,7 +42,6 @@ Band band(double lambda, double minimum, const Limits& limits, Line caller) try 
   return keptBand(limits, [&](double limit) { return ExponentialCDF(limit, lambda, minimum); });
 } catch (RuntimeError& error) {
   error.leave("m_Exponential.ExponentialVAL", caller);
-  throw;
 }
 
 double value(double p, double lambda, double minimum, const Band& band, Line caller) try {
@@ -54,7 +50,6 @@ double value(double p, double lambda, double minimum, const Band& band, Line cal
   return ExponentialINV(band.probability(p), lambda, minimum);
 } catch (RuntimeError& error) {
   error.leave("m_Exponential.ExponentialVAL", caller);
-  throw;
 }
 
 }  // namespace palvex::m_Exponential

@@ -93,7 +93,6 @@ void cumgam(double x, double a, double& cum, double& ccum, Line caller) try {
   gratio(a, x, cum, ccum, 0);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.cumgam", caller);
-  throw;
 }
 
 void cdfgam(std::int16_t which, double& p, double& q, double& x, double& shape, double& scale,
@@ -122,7 +121,6 @@ void cdfgam(std::int16_t which, double& p, double& q, double& x, double& shape, 
   bound = refusal.bound;
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.cdfgam", caller);
-  throw;
 }
 
 Variant statusText(std::int16_t status) {
@@ -174,7 +172,6 @@ double density(double x, double shape, double scale, double location, const Limi
   return Exp(Log(product) - gamln(shape));
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.GammaPDF", caller);
-  throw;
 }
 
 bool densityHolds(double x, double shape, double scale, double location) noexcept {
@@ -194,21 +191,18 @@ Variant GammaCDF(double x, double shape, double rate, Boolean upper, Line caller
   return upper ? q : p;
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.GammaCDF", caller);
-  throw;
 }
 
 double GammaINV(double p, double shape, double rate, Boolean upper, Line caller) try {
   return quantile(p, shape, rate, upper);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.GammaINV", caller);
-  throw;
 }
 
 double GammaINV(double p, const Shape& shape, double rate, Boolean upper, Line caller) try {
   return quantile(p, shape, rate, upper);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.GammaINV", caller);
-  throw;
 }
 
 Band band(double shape, double scale, double location, const Limits& limits, Line caller) try {
@@ -218,7 +212,6 @@ Band band(double shape, double scale, double location, const Limits& limits, Lin
   });
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.GammaVAL", caller);
-  throw;
 }
 
 double value(double p, double shape, double scale, double location, const Band& band,
@@ -227,7 +220,6 @@ double value(double p, double shape, double scale, double location, const Band& 
   return checked(GammaINV(band.probability(p), shape, 1, false) * scale + location);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.GammaVAL", caller);
-  throw;
 }
 
 double value(double p, const Shape& shape, double scale, double location, const Band& band,
@@ -236,7 +228,6 @@ double value(double p, const Shape& shape, double scale, double location, const 
   return checked(GammaINV(band.probability(p), shape, 1, false) * scale + location);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.GammaVAL", caller);
-  throw;
 }
 
 }  // namespace palvex::m_Gamma

@@ -307,7 +307,6 @@ std::string CreateHistogramArrays(const Variant& range, const Variant& configura
   return "";
 } catch (RuntimeError& error) {
   error.leave("m_Histogram.CreateHistogramArrays", caller);
-  throw;
 }
 
 double density(double x, const DensityArray& bins, const Limits& limits, const Variant& priorX,
@@ -326,7 +325,6 @@ double density(double x, const DensityArray& bins, const Limits& limits, const V
   return std::max(greatest, greatestDensity(bins, prior, *upper));
 } catch (RuntimeError& error) {
   error.leave("m_Histogram.HistogramPDF", caller);
-  throw;
 }
 
 double HistogramCDF(double x, const Table& table, Line caller) try {
@@ -340,7 +338,6 @@ double HistogramCDF(double x, const Table& table, Line caller) try {
   return std::min(cumulative, before + (cumulative - before) * ((x - lower) / (upper - lower)));
 } catch (RuntimeError& error) {
   error.leave("m_Histogram.HistogramCDF", caller);
-  throw;
 }
 
 double HistogramINV(double p, const Table& table, Line caller) try {
@@ -351,7 +348,6 @@ double HistogramINV(double p, const Table& table, Line caller) try {
   return valueInBin(table, binReaching(table, q), q);
 } catch (RuntimeError& error) {
   error.leave("m_Histogram.HistogramINV", caller);
-  throw;
 }
 
 Band band(const Table& table, const Limits& limits, Line caller) try {
@@ -364,7 +360,6 @@ Band band(const Table& table, const Limits& limits, Line caller) try {
   return kept;
 } catch (RuntimeError& error) {
   error.leave("m_Histogram.HistogramVAL", caller);
-  throw;
 }
 
 double value(double p, const Table& table, const Band& band, Line caller) try {
@@ -379,7 +374,6 @@ double value(double p, const Table& table, const Band& band, Line caller) try {
                                   : HistogramINV(q, table);
 } catch (RuntimeError& error) {
   error.leave("m_Histogram.HistogramVAL", caller);
-  throw;
 }
 
 }  // namespace palvex::m_Histogram

@@ -34,7 +34,6 @@ double density(double x, const JohnsonParams& params, Curve curve, const Limits&
   return untruncatedDensity(x, params, curve);
 } catch (RuntimeError& error) {
   error.leave("m_Johnson.JohnsonPDF", caller);
-  throw;
 }
 
 double untruncatedDensity(double x, const JohnsonParams& params, Curve curve, Line caller) try {
@@ -64,7 +63,6 @@ double untruncatedDensity(double x, const JohnsonParams& params, Curve curve, Li
   return 0;
 } catch (RuntimeError& error) {
   error.leave("m_Johnson.jPDF", caller);
-  throw;
 }
 
 bool densityHolds(double x, const JohnsonParams& params, Curve curve) noexcept {
@@ -96,7 +94,6 @@ double cumulative(double x, const JohnsonParams& params, Curve curve, Line calle
   return m_Normal::NormalCDF(JohnsontoNormal(x, delta, gamma, lambda, xi, code), false);
 } catch (RuntimeError& error) {
   error.leave("m_Johnson.JohnsonCDF", caller);
-  throw;
 }
 
 double JohnsonINV(double p, const JohnsonParams& params, Line caller) try {
@@ -104,21 +101,18 @@ double JohnsonINV(double p, const JohnsonParams& params, Line caller) try {
   return NormaltoJohnson(z, params.delta, params.gamma, params.lambda, params.xi, params.typeCode);
 } catch (RuntimeError& error) {
   error.leave("m_Johnson.JohnsonINV", caller);
-  throw;
 }
 
 Band band(const JohnsonParams& params, Curve curve, const Limits& limits, Line caller) try {
   return keptBand(limits, [&](double limit) { return cumulative(limit, params, curve); });
 } catch (RuntimeError& error) {
   error.leave("m_Johnson.JohnsonVal", caller);
-  throw;
 }
 
 double value(double p, const JohnsonParams& params, const Band& band, Line caller) try {
   return JohnsonINV(band.probability(std::clamp(p, 0.0, 1.0)), params);
 } catch (RuntimeError& error) {
   error.leave("m_Johnson.JohnsonVal", caller);
-  throw;
 }
 
 double JohnsontoNormal(double x, double delta, double gamma, double lambda, double xi,
@@ -130,7 +124,6 @@ double JohnsontoNormal(double x, double delta, double gamma, double lambda, doub
   return fault == 0 ? z : 0;
 } catch (RuntimeError& error) {
   error.leave("m_Johnson.JohnsontoNormal", caller);
-  throw;
 }
 
 double NormaltoJohnson(double z, double delta, double gamma, double lambda, double xi,
@@ -142,7 +135,6 @@ double NormaltoJohnson(double z, double delta, double gamma, double lambda, doub
   return fault == 0 ? x : 0;
 } catch (RuntimeError& error) {
   error.leave("m_Johnson.NormaltoJohnson", caller);
-  throw;
 }
 
 void SNV(double x, std::int16_t typeCode, double gamma, double delta, double lambda, double xi,
@@ -180,7 +172,6 @@ void SNV(double x, std::int16_t typeCode, double gamma, double delta, double lam
   }
 } catch (RuntimeError& error) {
   error.leave("m_Johnson.SNV", caller);
-  throw;
 }
 
 void AJV(double z, std::int16_t typeCode, double gamma, double delta, double lambda, double xi,
@@ -207,7 +198,6 @@ void AJV(double z, std::int16_t typeCode, double gamma, double delta, double lam
   }
 } catch (RuntimeError& error) {
   error.leave("m_Johnson.AJV", caller);
-  throw;
 }
 
 }  // namespace palvex::m_Johnson

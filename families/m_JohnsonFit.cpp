@@ -39,7 +39,6 @@ void CalcJohnson(double mean, double stdDev, double skewness, double kurtosis,
       params.message.empty() ? names.at(static_cast<std::size_t>(params.typeCode - 1)) : "Error";
 } catch (RuntimeError& error) {
   error.leave("m_Johnson.CalcJohnson", caller);
-  throw;
 }
 
 void JNSN(double mean, double stdDev, double skewness, double kurtosis, std::int16_t& typeCode,
@@ -82,7 +81,6 @@ void JNSN(double mean, double stdDev, double skewness, double kurtosis, std::int
   }
 } catch (RuntimeError& error) {
   error.leave("m_Johnson.JNSN", caller);
-  throw;
 }
 
 void SUFIT(double mean, double stdDev, double skewness, double kurtosis, double& gamma,
@@ -126,7 +124,6 @@ void SUFIT(double mean, double stdDev, double skewness, double kurtosis, double&
   xi = checked(0.5 * Sqr(w) * (e - 1 / e) * lambda + mean);
 } catch (RuntimeError& error) {
   error.leave("m_Johnson.SUFIT", caller);
-  throw;
 }
 
 namespace {

@@ -29,7 +29,6 @@ double density(double x, double location, double scale, double minimum, const Li
   return Divide(Exp(exponent), checked((x - minimum) * scale * std::sqrt(twoPi)));
 } catch (RuntimeError& error) {
   error.leave("m_Lognormal.LognormalPDF", caller);
-  throw;
 }
 
 double LognormalCDF(double x, double location, double scale, double minimum, Boolean upper,
@@ -39,7 +38,6 @@ double LognormalCDF(double x, double location, double scale, double minimum, Boo
 } catch (RuntimeError& error) {
   error.addToDescription(callRecord(x, location, scale, minimum, upper));
   error.leave("m_Lognormal.LognormalCDF", caller);
-  throw;
 }
 
 double LognormalINV(double p, double location, double scale, double minimum, Boolean upper,
@@ -47,7 +45,6 @@ double LognormalINV(double p, double location, double scale, double minimum, Boo
   return checked(Exp(m_Normal::NormalINV(p, upper) * scale + location) + minimum);
 } catch (RuntimeError& error) {
   error.leave("m_Lognormal.LognormalINV", caller);
-  throw;
 }
 
 Band band(double location, double scale, double minimum, const Limits& limits, Line caller) try {
@@ -56,7 +53,6 @@ Band band(double location, double scale, double minimum, const Limits& limits, L
       limits, [&](double limit) { return LognormalCDF(limit, location, scale, minimum, false); });
 } catch (RuntimeError& error) {
   error.leave("m_Lognormal.LognormalVAL", caller);
-  throw;
 }
 
 double value(double p, double location, double scale, double minimum, const Band& band,
@@ -65,7 +61,6 @@ double value(double p, double location, double scale, double minimum, const Band
   return LognormalINV(band.probability(p), location, scale, minimum, false);
 } catch (RuntimeError& error) {
   error.leave("m_Lognormal.LognormalVAL", caller);
-  throw;
 }
 
 }  // namespace palvex::m_Lognormal

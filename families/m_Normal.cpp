@@ -21,7 +21,6 @@ double density(double x, double mean, double sd, const Limits& limits, Line call
   return checked(Exp(-Divide(square, checked(2 * (sd * sd)))) * 1 / (std::sqrt(twoPi) * sd));
 } catch (RuntimeError& error) {
   error.leave("m_Normal.NormalPDF", caller);
-  throw;
 }
 
 double NormalCDF(double x, Boolean upper, Line caller) try {
@@ -88,7 +87,6 @@ double NormalCDF(double x, Boolean upper, Line caller) try {
   return isLargerTail ? 1 - tail : tail;
 } catch (RuntimeError& error) {
   error.leave("m_Normal.NormalCDF", caller);
-  throw;
 }
 
 double NormalINV(double p, Boolean upper, Line caller) try {
@@ -97,7 +95,6 @@ double NormalINV(double p, Boolean upper, Line caller) try {
   return upper ? -NormINV16(p) : NormINV16(p);
 } catch (RuntimeError& error) {
   error.leave("m_Normal.NormalINV", caller);
-  throw;
 }
 
 namespace {
@@ -162,7 +159,6 @@ double NormINV16(double p, Line caller) try {
   return std::copysign(tailDeviate(std::min(p, 1 - p)), q);
 } catch (RuntimeError& error) {
   error.leave("m_Normal.NormINV16", caller);
-  throw;
 }
 
 Band band(double mean, double sd, const Limits& limits, Line caller) try {
@@ -170,7 +166,6 @@ Band band(double mean, double sd, const Limits& limits, Line caller) try {
   return keptBand(limits, [&](double limit) { return NormalCDF(Divide(limit - mean, sd), false); });
 } catch (RuntimeError& error) {
   error.leave("m_Normal.NormalVAL", caller);
-  throw;
 }
 
 namespace {
@@ -182,7 +177,6 @@ namespace {
   return checked(NormalINV(band.probability(p), false) * sd + mean);
 } catch (RuntimeError& error) {
   error.leave("m_Normal.NormalVAL", caller);
-  throw;
 }
 
 }  // namespace

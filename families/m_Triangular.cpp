@@ -25,7 +25,6 @@ double density(double x, double minimum, double likely, double maximum, const Li
              : Divide(2 * (x - minimum), checked((likely - minimum) * width));
 } catch (RuntimeError& error) {
   error.leave("m_Triangular.TriangularPDF", caller);
-  throw;
 }
 
 double TriangularCDF(double x, double minimum, double likely, double maximum, Line caller) try {
@@ -40,7 +39,6 @@ double TriangularCDF(double x, double minimum, double likely, double maximum, Li
   return 1 - Divide((maximum - x) * (maximum - x), checked(width * (maximum - likely)));
 } catch (RuntimeError& error) {
   error.leave("m_Triangular.TriangularCDF", caller);
-  throw;
 }
 
 double TriangularINV(double p, double minimum, double likely, double maximum, Line caller) try {
@@ -60,7 +58,6 @@ double TriangularINV(double p, double minimum, double likely, double maximum, Li
   return side.end + side.sign * Sqr(width * side.tail * side.width);
 } catch (RuntimeError& error) {
   error.leave("m_Triangular.TriangularINV", caller);
-  throw;
 }
 
 Band band(double minimum, double likely, double maximum, const Limits& limits, Line caller) try {
@@ -69,7 +66,6 @@ Band band(double minimum, double likely, double maximum, const Limits& limits, L
                   [&](double limit) { return TriangularCDF(limit, minimum, likely, maximum); });
 } catch (RuntimeError& error) {
   error.leave("m_Triangular.TriangularVAL", caller);
-  throw;
 }
 
 double value(double p, double minimum, double likely, double maximum, const Band& band,
@@ -79,7 +75,6 @@ double value(double p, double minimum, double likely, double maximum, const Band
   return TriangularINV(band.probability(p), minimum, likely, maximum);
 } catch (RuntimeError& error) {
   error.leave("m_Triangular.TriangularVAL", caller);
-  throw;
 }
 
 }  // namespace palvex::m_Triangular

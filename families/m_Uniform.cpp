@@ -13,7 +13,6 @@ double density(double x, double minimum, double maximum, const Limits& limits, L
   return checked(1 / checked(maximum - minimum));
 } catch (RuntimeError& error) {
   error.leave("m_Uniform.UniformPDF", caller);
-  throw;
 }
 
 double UniformCDF(double x, double minimum, double maximum, Line caller) try {
@@ -24,7 +23,6 @@ double UniformCDF(double x, double minimum, double maximum, Line caller) try {
   return checked((x - minimum) / checked(maximum - minimum));
 } catch (RuntimeError& error) {
   error.leave("m_Uniform.UniformCDF", caller);
-  throw;
 }
 
 double UniformINV(double p, double minimum, double maximum, Line caller) try {
@@ -34,7 +32,6 @@ double UniformINV(double p, double minimum, double maximum, Line caller) try {
   return checked((maximum - minimum) * p + minimum);
 } catch (RuntimeError& error) {
   error.leave("m_Uniform.UniformINV", caller);
-  throw;
 }
 
 Band band(double minimum, double maximum, const Limits& limits, Line caller) try {
@@ -42,7 +39,6 @@ Band band(double minimum, double maximum, const Limits& limits, Line caller) try
   return keptBand(limits, [&](double limit) { return UniformCDF(limit, minimum, maximum); });
 } catch (RuntimeError& error) {
   error.leave("m_Uniform.UniformVAL", caller);
-  throw;
 }
 
 double value(double p, double minimum, double maximum, const Band& band, Line caller) try {
@@ -51,7 +47,6 @@ double value(double p, double minimum, double maximum, const Band& band, Line ca
   return UniformINV(band.probability(p), minimum, maximum);
 } catch (RuntimeError& error) {
   error.leave("m_Uniform.UniformVAL", caller);
-  throw;
 }
 
 }  // namespace palvex::m_Uniform

@@ -15,7 +15,6 @@ double density(double x, double shape, double scale, double minimum, const Limit
   return checked(Power(z, shape - 1) * (shape / scale) * Exp(-Power(z, shape)));
 } catch (RuntimeError& error) {
   error.leave("m_Weibull.WeibullPDF", caller);
-  throw;
 }
 
 bool densityHolds(double x, double shape, double scale, double minimum) noexcept {
@@ -31,7 +30,6 @@ double WeibullCDF(double x, double shape, double scale, double minimum, Line cal
   return 1 - std::exp(-Power((x - minimum) / scale, shape));
 } catch (RuntimeError& error) {
   error.leave("m_Weibull.WeibullCDF", caller);
-  throw;
 }
 
 double WeibullINV(double p, double shape, double scale, double minimum, Line caller) try {
@@ -42,7 +40,6 @@ double WeibullINV(double p, double shape, double scale, double minimum, Line cal
   return checked(Power(-logTail, 1 / shape) * scale + minimum);
 } catch (RuntimeError& error) {
   error.leave("m_Weibull.WeibullINV", caller);
-  throw;
 }
 
 Band band(double shape, double scale, double minimum, const Limits& limits, Line caller) try {
@@ -50,7 +47,6 @@ Band band(double shape, double scale, double minimum, const Limits& limits, Line
   return keptBand(limits, [&](double limit) { return WeibullCDF(limit, shape, scale, minimum); });
 } catch (RuntimeError& error) {
   error.leave("m_Weibull.WeibullVAL", caller);
-  throw;
 }
 
 double value(double p, double shape, double scale, double minimum, const Band& band,
@@ -60,7 +56,6 @@ double value(double p, double shape, double scale, double minimum, const Band& b
   return WeibullINV(band.probability(p), shape, scale, minimum);
 } catch (RuntimeError& error) {
   error.leave("m_Weibull.WeibullVAL", caller);
-  throw;
 }
 
 }  // namespace palvex::m_Weibull

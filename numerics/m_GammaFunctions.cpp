@@ -94,7 +94,6 @@ double gamma(double a, Line caller) try {
   return a >= 1 ? gammaByFactors(a) : gammaByRecurrence(a);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.gamma", caller);
-  throw;
 }
 
 double gamln(double a, Line caller) try {
@@ -118,7 +117,6 @@ double gamln(double a, Line caller) try {
   return checked((halfLogTwoPiLessHalf + polynomial(c, t) / a) + (a - 0.5) * (std::log(a) - 1));
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.gamln", caller);
-  throw;
 }
 
 double gamln1(double a, Line caller) try {
@@ -147,7 +145,6 @@ double gamln1(double a, Line caller) try {
   return checked(x * (polynomial(r, x) / polynomial(s, x)));
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.gamln1", caller);
-  throw;
 }
 
 double gam1(double a, Line caller) try {
@@ -171,7 +168,6 @@ double gam1(double a, Line caller) try {
   return checked(isShifted ? t * w / a : a * ((w + 0.5) + 0.5));
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.gam1", caller);
-  throw;
 }
 
 double rcomp(double a, double x, Line caller) try {
@@ -189,7 +185,6 @@ double rcomp(double a, double x, Line caller) try {
   return inverseRootTwoPi * std::sqrt(a) * std::exp(logarithm);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.rcomp", caller);
-  throw;
 }
 
 }  // namespace palvex::m_Gamma

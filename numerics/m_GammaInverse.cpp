@@ -213,7 +213,6 @@ void gaminv(double a, double& x, double x0, double p, double q, std::int16_t& ie
   invert(a, x, x0, p, q, ierr);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.gaminv", caller);
-  throw;
 }
 
 void gaminv(const Shape& a, double& x, double x0, double p, double q, std::int16_t& ierr,
@@ -221,7 +220,6 @@ void gaminv(const Shape& a, double& x, double x0, double p, double q, std::int16
   invert(a, x, x0, p, q, ierr);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.gaminv", caller);
-  throw;
 }
 
 }  // namespace palvex::m_Gamma

@@ -59,7 +59,6 @@ std::int32_t ipmpar(std::int32_t i, Line caller) try {
   return parameters[static_cast<std::size_t>(i - 1)];
 } catch (RuntimeError& error) {
   error.leave("m_MathUtil.ipmpar", caller);
-  throw;
 }
 
 double spmpar(std::int16_t i) {
@@ -100,7 +99,6 @@ double rlog(double x, Line caller) try {
   return checked(reducedRlog((x - 0.5) - 0.5));
 } catch (RuntimeError& error) {
   error.leave("m_MathUtil.rlog", caller);
-  throw;
 }
 
 double rlog1(double x, Line caller) try {
@@ -117,7 +115,6 @@ double rlog1(double x, Line caller) try {
   return checked(reducedRlog(x));
 } catch (RuntimeError& error) {
   error.leave("m_MathUtil.rlog1", caller);
-  throw;
 }
 
 double rexp(double x, Line caller) try {
@@ -132,7 +129,6 @@ double rexp(double x, Line caller) try {
   return (w - 0.5) - 0.5;
 } catch (RuntimeError& error) {
   error.leave("m_MathUtil.rexp", caller);
-  throw;
 }
 
 double rexp(const Variant& x, Line caller) {
@@ -141,7 +137,6 @@ double rexp(const Variant& x, Line caller) {
     number = x.toDouble();
   } catch (RuntimeError& error) {
     error.leave("m_MathUtil.rexp", caller);
-    throw;
   }
   return rexp(number, caller);
 }
@@ -157,7 +152,6 @@ double alnrel(double a, Line caller) try {
   return Log(1 + a);
 } catch (RuntimeError& error) {
   error.leave("m_MathUtil.alnrel", caller);
-  throw;
 }
 
 double erf(double x, Line caller) try {
@@ -169,7 +163,6 @@ double erf(double x, Line caller) try {
   return x < 0 ? -magnitude : magnitude;
 } catch (RuntimeError& error) {
   error.leave("m_MathUtil.erf", caller);
-  throw;
 }
 
 double erfc1(std::int16_t ind, double x, Line caller) try {
@@ -188,7 +181,6 @@ double erfc1(std::int16_t ind, double x, Line caller) try {
   return x < 0 ? 2 - tail : tail;
 } catch (RuntimeError& error) {
   error.leave("m_MathUtil.erfc1", caller);
-  throw;
 }
 
 }  // namespace palvex::m_MathUtil

@@ -129,7 +129,6 @@ void dstinv(const Variant& small, const Variant& big, const Variant& absstp, con
   settings.reltol = reltol.toDouble();
 } catch (RuntimeError& error) {
   error.leave("m_RootFinding.dstinv", caller);
-  throw;
 }
 
 void dinvr(std::int16_t& status, double& x, double fx, Boolean& qleft, Boolean& qhi,
@@ -203,7 +202,6 @@ void dinvr(std::int16_t& status, double& x, double fx, Boolean& qleft, Boolean& 
   }
 } catch (RuntimeError& error) {
   error.leave("m_RootFinding.dinvr", caller);
-  throw;
 }
 
 void dstzr(double xlo, double xhi, double abstol, double reltol) noexcept {
@@ -261,14 +259,12 @@ void dzror(std::int16_t& status, double& x, double fx, double& xlo, double& xhi,
   request(3, status);
 } catch (RuntimeError& error) {
   error.leave("m_RootFinding.dzror", caller);
-  throw;
 }
 
 double ftol(double zx, Line caller) try {
   return 0.5 * dmax1(settings.abstol, checked(settings.reltol * std::abs(zx)));
 } catch (RuntimeError& error) {
   error.leave("m_RootFinding.ftol", caller);
-  throw;
 }
 
 bool qxmon(double zx, double zy, double zz) noexcept {

@@ -10,8 +10,7 @@ Variant Object::get(std::string_view member, const std::vector<Variant>& argumen
   try {
     return doGet(member, arguments);
   } catch (RuntimeError& error) {
-    error.at(line);
-    throw;
+    error.leave(line);
   } catch (const std::bad_alloc&) {
     raise(fault::outOfMemory, line);
   } catch (const std::exception& failure) {

@@ -40,7 +40,17 @@ void RuntimeError::replaceState(std::string source, std::string description) {
       State{number(), std::move(source), std::move(description), std::move(text)});
 }
 
-void RuntimeError::leave(std::string_view routine, Line caller) noexcept {
+void RuntimeError::leave(std::string_view routine, Line caller) {
+  addLine(routine);
+  leave(caller);
+}
+
+void RuntimeError::leave(Line caller) {
+  line_ = caller;
+  throw;
+}
+
+void RuntimeError::addLine(std::string_view routine) noexcept {
   try {
     std::string traced = source();
     traced.append("\r\nin palvex.").append(routine).append(" at line ");
@@ -49,14 +59,13 @@ void RuntimeError::leave(std::string_view routine, Line caller) noexcept {
   } catch (const std::bad_alloc&) {
     // The error itself matters more than one line of its trace.
   }
-  line_ = caller;
 }
 
 void RuntimeError::addToDescription(std::string_view text) noexcept {
   try {
     replaceState(source(), std::string(description()).append("\r\n").append(text));
   } catch (const std::bad_alloc&) {
-    // As in leave().
+    // As above.
   }
 }
 

@@ -55,12 +55,13 @@ class RuntimeError : public std::exception {
   /// Number, description and source in one text.
   [[nodiscard]] const char* what() const noexcept override { return state_->text.c_str(); }
 
-  /// Notes that `line` is the failing statement of the routine that the error is about to leave.
-  void at(Line line) noexcept { line_ = line; }
+  /// Ends the handler of a routine ("module.routine") that caught the error: adds the routine's
+  /// trace line at its failing statement and raises the error anew. From then on the failing
+  /// statement is the caller's. When memory is short the line is left out.
+  [[noreturn]] void leave(std::string_view routine, Line caller = Line{0});
 
-  /// Adds the trace line of `routine` ("module.routine") at its failing statement; from then on the
-  /// failing statement is the caller's. When memory is short the line is left out.
-  void leave(std::string_view routine, Line caller = Line{0}) noexcept;
+  /// Ends the handler of a routine that has no line of its own in a trace.
+  [[noreturn]] void leave(Line caller);
 
   /// Adds a new line with `text` to the description. When memory is short it is left out.
   void addToDescription(std::string_view text) noexcept;
@@ -72,6 +73,7 @@ class RuntimeError : public std::exception {
     std::string description;
     std::string text;
   };
+  void addLine(std::string_view routine) noexcept;
   void replaceState(std::string source, std::string description);
 
   std::shared_ptr<const State> state_;  // shared, so that copying an error never throws

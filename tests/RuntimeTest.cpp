@@ -234,7 +234,6 @@ double innermost(double x, Line caller = Line::here()) try {
   return Log(x);
 } catch (RuntimeError& error) {
   error.leave("m_Test.innermost", caller);
-  throw;
 }
 constexpr auto secondFault = firstFault + 2;
 
@@ -242,7 +241,6 @@ double middle(double x, Line caller = Line::here()) try {
   return 2 * innermost(x);
 } catch (RuntimeError& error) {
   error.leave("m_Test.middle", caller);
-  throw;
 }
 constexpr auto middleCall = __LINE__ - 5;
 
@@ -250,7 +248,6 @@ double outermost(double x, Line caller = Line::here()) try {
   return 1 + middle(x);
 } catch (RuntimeError& error) {
   error.leave("m_Test.outermost", caller);
-  throw;
 }
 constexpr auto outermostCall = __LINE__ - 5;
 
@@ -275,14 +272,20 @@ TEST(RuntimeError, NamesTheFailingStatementOfEveryRoutineItPasses) {
 TEST(RuntimeError, KeepsWhatItWasGiven) {
   constexpr auto made = __LINE__ + 1;
   const RuntimeError host(1004, "", "sheet");
-  RuntimeError copy = host;
-  copy.leave("m_Test.routine");
-  copy.addToDescription("more");
+  const auto left = faultOf([&] {
+    try {
+      throw host;
+    } catch (RuntimeError& error) {
+      error.addToDescription("more");
+      error.leave("m_Test.routine");
+    }
+  });
+  ASSERT_TRUE(left);
   EXPECT_EQ(host.source(), "sheet");
   EXPECT_EQ(host.description(), "");
-  EXPECT_EQ(copy.source(), "sheet\r\nin palvex.m_Test.routine at line " + std::to_string(made));
-  EXPECT_EQ(copy.description(), "\r\nmore");
-  const std::string text = copy.what();
+  EXPECT_EQ(left->source(), "sheet\r\nin palvex.m_Test.routine at line " + std::to_string(made));
+  EXPECT_EQ(left->description(), "\r\nmore");
+  const std::string text = left->what();
   for (const char* part : {"1004", "more", "m_Test.routine"}) EXPECT_NE(text.find(part), text.npos);
   static_assert(std::is_nothrow_copy_constructible_v<RuntimeError>);
 }
