@@ -1,15 +1,22 @@
 # What `cmake --install` puts where: the library, its headers below include/palvex as they lie in the
-# source tree, a CMake package and a pkg-config file, and the terminal program if it was built.
+# source tree, a CMake package and a pkg-config file, and the terminal program if it was built. With
+# `--component library`, `development` or `program` only that part.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/palvex)
 
-install(TARGETS palvex EXPORT palvex)
+install(TARGETS palvex EXPORT palvex
+        LIBRARY COMPONENT library NAMELINK_COMPONENT development
+        ARCHIVE COMPONENT development
+        RUNTIME COMPONENT library)
 install(DIRECTORY runtime numerics families laws engine
+        COMPONENT development
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/palvex
         FILES_MATCHING PATTERN "*.h")
-install(FILES palvex/palvex.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/palvex)
-install(EXPORT palvex NAMESPACE palvex:: FILE palvexConfig.cmake DESTINATION ${package_dir})
+install(DIRECTORY palvex/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/palvex COMPONENT development
+        FILES_MATCHING PATTERN "*.h")
+install(EXPORT palvex NAMESPACE palvex:: FILE palvexConfig.cmake DESTINATION ${package_dir}
+        COMPONENT development)
 
 # Before version 1 a new minor version may change the interface.
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/palvexConfigVersion.cmake
@@ -20,8 +27,13 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/palvexConfigVersion.cmake DESTINATION 
 file(RELATIVE_PATH prefix_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" prefix_from_pkgconfig ${prefix_from_pkgconfig})
 configure_file(cmake/palvex.pc.in palvex.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/palvex.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/palvex.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+        COMPONENT development)
 
 if(PALVEX_BUILD_TERMINAL)
-  install(TARGETS palvex_terminal)
+  install(TARGETS palvex_terminal COMPONENT program)
 endif()
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/palvex COMPONENT program)
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libpalvex-dev COMPONENT development)
+
+include(Package)

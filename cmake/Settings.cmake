@@ -8,7 +8,8 @@ endif()
 # sums are never fused.
 add_library(palvex_settings INTERFACE)
 target_compile_options(palvex_settings INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -ffp-contract=off)
+  -Wall -Wextra -Wpedantic -Wconversion -ffp-contract=off
+  -fno-semantic-interposition)  # position-independent code may still inline what it exports
 
 option(PALVEX_WARNINGS_AS_ERRORS "Treat warnings as errors" ${PROJECT_IS_TOP_LEVEL})
 if(PALVEX_WARNINGS_AS_ERRORS)

@@ -1,0 +1,28 @@
+# Debian packages by CPack, one for each part of an installation (scripts/package).
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME palvex)
+set(CPACK_PACKAGE_VENDOR "the palvex authors")
+set(CPACK_PACKAGE_CONTACT "the palvex authors <palvex@example.org>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
+set(CPACK_STRIP_FILES ON)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SECTION math)
+
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME palvex)
+set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
+    "Probability distributions and simulations at the terminal\n Densities, probabilities, quantiles, draws and pictures of ten types of distributions, cut by limits, and simulations of tables of uncertain figures with a report.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libpalvex-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
+    "Probability distributions for C++ programs: headers and static library\n The engine behind palvex, with a CMake package and a pkg-config file.")
+
+set(CPACK_COMPONENTS_ALL program development)
+include(CPack)
