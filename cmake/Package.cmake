@@ -16,13 +16,13 @@ set(CPACK_DEBIAN_PACKAGE_SECTION math)
 
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME palvex)
 set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
-    "Probability distributions and simulations at the terminal\n Densities, probabilities, quantiles, draws and pictures of ten types of distributions, cut by limits, and simulations of tables of uncertain figures with a report.")
+    "Densities, probabilities, quantiles, draws and pictures of ten types of distributions, cut by limits, and simulations of tables of uncertain figures with a report.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libpalvex-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
-    "Probability distributions for C++ programs: headers and static library\n The engine behind palvex, with a CMake package and a pkg-config file.")
+    "Headers and static library for C++ programs: the engine behind palvex, with a CMake package and a pkg-config file.")
 
 set(CPACK_COMPONENTS_ALL program development)
 include(CPack)
