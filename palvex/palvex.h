@@ -6,3 +6,4 @@
 #include "engine/Law.h"
 #include "engine/LawTypes.h"
 #include "engine/c_Distribution.h"
+#include "palvex/version.h"
