@@ -1,0 +1,254 @@
+#include "simulation/Model.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "engine/LawTypes.h"
+#include "simulation/Text.h"
+
+namespace palvex::simulation {
+
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+/// What a fixed operand holds: itself, or the content of its range.
+Variant content(const Variant& operand) {
+  return operand.isObject() ? operand.toObject()->get("Value") : operand;
+}
+
+bool isEmpty(const Operand& operand) {
+  const auto* fixed = std::get_if<Variant>(&operand);
+  return fixed != nullptr && fixed->isEmpty();
+}
+
+bool isLive(const Operand& operand) {
+  return !std::holds_alternative<Variant>(operand);
+}
+
+/// A number of the same words as c_Distribution's for a law that is set up in each trial.
+Number parameterNumber(const Operand& operand, std::string_view name) {
+  if (const auto* row = std::get_if<RowValue>(&operand)) return *row;
+  if (const auto* cell = std::get_if<CellValue>(&operand)) return *cell;
+  const Variant& fixed = std::get<Variant>(operand);
+  const Variant value = content(fixed);
+  if (value.isNumeric() || value.isEmpty()) return value.toDouble();
+  const std::string where = fixed.isObject() ? " in cell referenced for " : " for ";
+  throw Fault("Non-numeric value" + where + std::string(name) + '.');
+}
+
+std::optional<Number> limitNumber(const Operand& operand, std::string_view name) {
+  if (isEmpty(operand)) return {};
+  if (const auto* fixed = std::get_if<Variant>(&operand)) {
+    const Variant value = content(*fixed);
+    if (value.isEmpty()) return {};
+    if (value == Variant("-Infinity")) return -infinity;
+    if (value == Variant("+Infinity")) return infinity;
+    if (!value.isNumeric()) throw Fault("Improper value for " + std::string(name) + '.');
+  }
+  return parameterNumber(operand, name);
+}
+
+Number chanceNumber(const Operand& operand) {
+  if (isEmpty(operand)) return 1.0;
+  if (isLive(operand)) return parameterNumber(operand, "Chance");
+  const Variant value = content(std::get<Variant>(operand));
+  double chance = 0;
+  std::string text = value.isText() ? cellText(value) : "";
+  if (text.ends_with('%')) {
+    text.pop_back();
+    const Variant percent(text);
+    if (!percent.isNumeric()) throw Fault("Non-numeric value for Chance.");
+    chance = percent.toDouble() / 100;
+  } else {
+    chance = std::get<double>(parameterNumber(value, "Chance"));
+  }
+  if (!(chance >= 0 && chance <= 1)) throw Fault(chanceFault(chance));
+  return chance;
+}
+
+/// What an operand that was left out stands for: nothing for one that is needed.
+std::optional<double> usualParameter(const LawType& type, std::size_t index) {
+  const std::string_view parameter = type.parameters[index];
+  if (index > 0 && parameter == "Minimum") return 0;
+  if (type.name == "Beta" && parameter == "Maximum") return 1;
+  return {};
+}
+
+const LawType& typeCalled(const std::string& name) {
+  std::vector<std::string> names;
+  for (const LawType& type : lawTypes) {
+    if (type.name == name) return type;
+    names.emplace_back(type.name);
+  }
+  throw Fault("there is no type '" + name + "'" +
+              (nearest(name, names) ? suggestion(name, names) : "; palvex types lists them."));
+}
+
+void completeParameters(const LawType& type, std::vector<Operand>& parameters) {
+  while (!parameters.empty() && isEmpty(parameters.back())) parameters.pop_back();
+  const auto wanted = static_cast<std::size_t>(type.parameterCount());
+  if (parameters.size() > wanted) {
+    throw Fault(std::string(type.name) + " has " + std::to_string(wanted) + " parameters, " +
+                std::to_string(parameters.size()) + " given.");
+  }
+  parameters.resize(wanted);
+  for (std::size_t i = 0; i < wanted; ++i) {
+    if (!isEmpty(parameters[i])) continue;
+    const std::optional<double> usual = usualParameter(type, i);
+    if (!usual) throw Fault(std::string(type.parameters[i]) + " is missing.");
+    parameters[i] = Variant(*usual);
+  }
+}
+
+void checkName(const std::string& name) {
+  if (name.empty()) throw Fault("the name is missing.");
+  if (name.find_first_of("[]") != std::string::npos) {
+    throw Fault("a name can not hold brackets, which stand around it in formulas.");
+  }
+}
+
+}  // namespace
+
+std::string chanceFault(double chance) {
+  return "a chance of " + Variant(chance).toText() + " is not between 0 and 1.";
+}
+
+const Row* Model::find(std::string_view name) const {
+  const std::string wanted = folded(name);
+  for (const Row& row : rows_) {
+    if (row.kind != Row::Kind::total && folded(row.name) == wanted) return &row;
+  }
+  return nullptr;
+}
+
+RowValue Model::above(std::string_view name) const {
+  if (const Row* row = find(name)) return {static_cast<std::size_t>(row - rows_.data())};
+  for (const std::string& other : names_) {
+    if (folded(other) == folded(name)) throw Fault("[" + other + "] is not a row above this one.");
+  }
+  std::vector<std::string> names = names_;
+  for (const Row& row : rows_) names.push_back(row.name);
+  const std::string guess = suggestion(name, names);
+  throw Fault("there is no row [" + std::string(name) + "]" + (guess.empty() ? "." : guess));
+}
+
+template <class Complete>
+void Model::add(Row row, Complete complete) {
+  if (!rows_.empty() && rows_.back().kind == Row::Kind::total) {
+    rows_.pop_back();
+    results_.pop_back();
+  }
+  if (row.place.empty()) row.place = "Row " + std::to_string(rows_.size() + 1) + ", " + row.name;
+  std::string fault;
+  try {
+    checkName(row.name);
+    if (const Row* other = find(row.name)) {
+      throw Fault("the name is that of " + other->place + ", too.");
+    }
+    complete(row);
+    (row.isInput() ? inputs_ : results_).push_back(rows_.size());
+    rows_.push_back(std::move(row));
+  } catch (const std::exception& error) {
+    fault = row.place + ": " + error.what();
+  }
+  if (results_.empty()) {
+    Row total;
+    total.kind = Row::Kind::total;
+    total.name = total.place = "Total";
+    results_.push_back(rows_.size());
+    rows_.push_back(std::move(total));
+  }
+  if (!fault.empty()) throw Fault(fault);
+}
+
+void Model::add(Input input, std::string place) {
+  Row row;
+  row.place = std::move(place);
+  row.name = input.name;
+  add(std::move(row), [&](Row& added) { completeInput(added, input); });
+}
+
+void Model::completeInput(Row& row, Input& input) const {
+  const LawType& type = typeCalled(input.type);
+  row.type = input.type;
+  row.unit = input.unit;
+  row.cell = input.cell;
+  completeParameters(type, input.parameters);
+  row.chance = chanceNumber(input.chance);
+
+  const bool liveParameters = std::any_of(input.parameters.begin(), input.parameters.end(), isLive);
+  const bool liveLimits = isLive(input.lower) || isLive(input.upper);
+  if (liveParameters && type.name == "Histogram") {
+    throw Fault("the data of a histogram can not change from trial to trial.");
+  }
+  if (liveParameters) {
+    for (std::size_t i = 0; i < input.parameters.size(); ++i) {
+      row.parameters.push_back(parameterNumber(input.parameters[i], type.parameters[i]));
+    }
+  }
+  if (liveParameters || liveLimits) {
+    row.lower = limitNumber(input.lower, "LTL");
+    row.upper = limitNumber(input.upper, "UTL");
+  }
+  if (liveParameters) return;
+
+  std::vector<Variant> parameters;
+  for (const Operand& operand : input.parameters) parameters.push_back(std::get<Variant>(operand));
+  const auto limit = [&](const Operand& operand) {
+    return liveLimits ? Variant() : std::get<Variant>(operand);
+  };
+  row.law = makeLaw(type.name, parameters, limit(input.lower), limit(input.upper));
+}
+
+void Model::add(std::string name, Law law, double chance, std::string unit) {
+  Row row;
+  row.name = std::move(name);
+  row.type = law.type();
+  row.unit = std::move(unit);
+  add(std::move(row), [&](Row& added) {
+    if (!(chance >= 0 && chance <= 1)) throw Fault(chanceFault(chance));
+    added.chance = chance;
+    added.law = std::move(law);
+  });
+}
+
+void Model::addFormula(std::string name, const std::string& formula, std::string unit,
+                       std::string place) {
+  Row row;
+  row.place = std::move(place);
+  row.kind = Row::Kind::formula;
+  row.name = std::move(name);
+  row.unit = std::move(unit);
+  add(std::move(row), [&](Row& added) {
+    added.formula =
+        Formula::parse(formula, [this](std::string_view other) { return above(other).row; });
+  });
+}
+
+void Model::addCell(std::string name, std::string cell, std::string unit, std::string place) {
+  Row row;
+  row.place = std::move(place);
+  row.kind = Row::Kind::cell;
+  row.name = std::move(name);
+  row.unit = std::move(unit);
+  row.cell = std::move(cell);
+  add(std::move(row), [](Row&) {});
+}
+
+std::vector<std::string> Model::inputNames() const {
+  std::vector<std::string> names;
+  for (const std::size_t input : inputs_) names.push_back(rows_[input].name);
+  return names;
+}
+
+void Model::check() const {
+  if (inputs_.empty()) throw Fault("there is no input: no row has a type.");
+  if (rows_.back().kind != Row::Kind::total) return;
+  if (const Row* row = find("Total")) {
+    throw Fault(row->place + ": without a formula Total is the sum of all inputs; " +
+                "give this one another name.");
+  }
+}
+
+}  // namespace palvex::simulation

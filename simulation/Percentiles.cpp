@@ -1,0 +1,259 @@
+#include "simulation/Percentiles.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "engine/Law.h"
+
+namespace palvex::simulation {
+
+namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr std::size_t cells = 400;
+constexpr std::size_t leastCapacity = 65'536;
+
+/// The smallest rank in [1, n] of which `holds` is true, n + 1 if there is none; what holds of a
+/// rank holds of all greater ones.
+template <class Condition>
+std::uint64_t firstRank(std::uint64_t n, Condition holds) {
+  std::uint64_t low = 1;
+  std::uint64_t high = n + 1;
+  while (low < high) {
+    const std::uint64_t middle = low + (high - low) / 2;
+    if (holds(middle)) {
+      high = middle;
+    } else {
+      low = middle + 1;
+    }
+  }
+  return low;
+}
+
+/// The value with this rank; puts the values into another order.
+double ranked(std::span<double> values, std::uint64_t rank) {
+  const auto place = values.begin() + static_cast<std::ptrdiff_t>(rank - 1);
+  std::nth_element(values.begin(), place, values.end());
+  return *place;
+}
+
+}  // namespace
+
+std::uint64_t percentileRank(double percent, std::uint64_t n) {
+  const double position = percent * static_cast<double>(n) / 100;
+  // A percent such as 99.9 is not exact in binary: what lies this near to a whole number is one.
+  const double whole = std::round(position);
+  const bool isWhole = std::abs(position - whole) <= 4 * 0x1p-52 * position;
+  const auto rank = static_cast<std::uint64_t>(isWhole ? whole : std::ceil(position));
+  return std::clamp<std::uint64_t>(rank, 1, n);
+}
+
+std::pair<std::uint64_t, std::uint64_t> intervalRanks(double percent, std::uint64_t n) {
+  if (percent <= 0) return {1, 1};
+  if (percent >= 100) return {n, n};
+  constexpr double tail = 0.025;
+  const double p = percent / 100;
+  // P(B >= k) is the probability up to p of the beta law with the shapes k and n - k + 1, the law
+  // of the k-th smallest of n uniform numbers.
+  const auto orderStatistic = [n](std::uint64_t k) {
+    return Law::beta(static_cast<double>(k), static_cast<double>(n - k + 1));
+  };
+  const std::uint64_t pastLow =
+      firstRank(n, [&](std::uint64_t k) { return orderStatistic(k).exceedance(p) > tail; });
+  const std::uint64_t high =
+      firstRank(n, [&](std::uint64_t k) { return orderStatistic(k).probability(p) <= tail; });
+  return {std::max<std::uint64_t>(pastLow - 1, 1), std::min(high, n)};
+}
+
+void Window::add(double value, std::uint64_t times) {
+  const auto& [low, high] = interval_;
+  if (value < low) {
+    below_ += times;
+  } else if (value == low) {
+    atLow_ += times;
+  } else if (value < high) {
+    inside_.insert(inside_.end(), times, value);
+  } else if (value == high) {
+    atHigh_ += times;
+  }
+}
+
+void Window::add(std::span<const double> values) {
+  const auto [low, high] = interval_;
+  std::uint64_t below = 0;
+  std::uint64_t upTo = 0;
+  for (const double x : values) {
+    below += x < low ? 1 : 0;
+    upTo += x <= high ? 1 : 0;
+  }
+  below_ += below;
+  if (upTo == below) return;
+  for (const double x : values) {
+    if (x >= low && x <= high) add(x, 1);
+  }
+}
+
+void Window::add(const Window& wider) {
+  below_ += wider.below_;
+  add(wider.interval_.low, wider.atLow_);
+  for (const double x : wider.inside_) add(x, 1);
+  add(wider.interval_.high, wider.atHigh_);
+}
+
+void Window::narrow(const Interval& interval) {
+  Window narrower(interval);
+  narrower.add(*this);
+  *this = std::move(narrower);
+}
+
+std::optional<double> Window::value(std::uint64_t rank) {
+  if (rank <= below_) return {};
+  rank -= below_;
+  if (rank <= atLow_) return interval_.low;
+  rank -= atLow_;
+  if (rank <= inside_.size()) return ranked(inside_, rank);
+  rank -= inside_.size();
+  if (rank <= atHigh_) return interval_.high;
+  return {};
+}
+
+void Histogram::add(std::span<const double> values) {
+  if (counts.empty()) return;
+  const auto end = static_cast<double>(counts.size());
+  const double cellsPerUnit = width > 0 ? 1 / width : infinity;
+  for (const double x : values) {
+    const double place = x == low ? 0 : (x - low) * cellsPerUnit;
+    if (place < 0) {
+      ++below;
+    } else if (place < end) {
+      ++counts[static_cast<std::size_t>(place)];
+    } else {
+      ++above;
+    }
+  }
+}
+
+void Histogram::add(const Histogram& other) {
+  below += other.below;
+  above += other.above;
+  for (std::size_t i = 0; i < other.counts.size(); ++i) counts[i] += other.counts[i];
+}
+
+Percentiles::Percentiles(std::vector<double> percents, double reach)
+    : percents_(std::move(percents)), reach_(reach) {}
+
+void Digest::add(std::span<const double> some) {
+  count += some.size();
+  if (windows.empty()) values.insert(values.end(), some.begin(), some.end());
+  for (Window& window : windows) window.add(some);
+  histogram.add(some);
+}
+
+void Percentiles::add(Digest part) {
+  if (part.windows.empty() && !windows_.empty()) {
+    Digest late = blank_;  // the part was made before there were windows
+    late.add(part.values);
+    part = std::move(late);
+  }
+  if (windows_.empty()) {
+    count_ += part.values.size();
+    pilot_.insert(pilot_.end(), part.values.begin(), part.values.end());
+    if (count_ >= pilotSize) endPilot();
+    return;
+  }
+  count_ += part.count;
+  histogram_.add(part.histogram);
+  for (std::size_t i = 0; i < windows_.size(); ++i) {
+    windows_[i].add(part.windows[i]);
+    if (windows_[i].kept() > capacities_[i]) narrow(i);
+  }
+}
+
+std::span<const double> Percentiles::sortedPilot() {
+  if (sorted_.size() != pilot_.size()) {
+    sorted_ = pilot_;
+    std::sort(sorted_.begin(), sorted_.end());
+  }
+  return sorted_;
+}
+
+Histogram Percentiles::pilotHistogram() {
+  Histogram bulk;
+  const std::span<const double> sorted = sortedPilot();
+  if (sorted.empty()) return bulk;
+  const std::size_t tail = sorted.size() / 1000;
+  bulk.low = sorted[tail];
+  // A little wider, so that the greatest value of the bulk lies inside.
+  bulk.width = (sorted[sorted.size() - 1 - tail] - bulk.low) / cells * (1 + 0x1p-30);
+  bulk.counts.resize(bulk.width > 0 ? cells : 1);
+  bulk.add(sorted);
+  return bulk;
+}
+
+void Percentiles::endPilot() {
+  histogram_ = pilotHistogram();
+  const std::span<const double> sorted = sortedPilot();
+  for (const double percent : percents_) {
+    Window& window = windows_.emplace_back(
+        predicted(percent, {}, [&](std::uint64_t rank) { return sorted[rank - 1]; }));
+    window.add(sorted);
+    capacities_.push_back(std::max(leastCapacity, 4 * window.kept()));
+  }
+  pilot_ = {};
+  sorted_ = {};
+  renewBlank();
+}
+
+void Percentiles::narrow(std::size_t index) {
+  Window& window = windows_[index];
+  const Interval old = window.interval();
+  window.narrow(
+      predicted(percents_[index], old, [&](std::uint64_t rank) { return window.value(rank); }));
+  capacities_[index] = std::max(capacities_[index], 4 * window.kept());
+  renewBlank();
+}
+
+template <class ValueOf>
+Interval Percentiles::predicted(double percent, Interval interval, ValueOf valueOf) const {
+  const auto n = static_cast<double>(count_);
+  const double p = percent / 100;
+  const double margin = reach_ * (std::sqrt(n * p * (1 - p)) + 4);
+  const double low = std::floor(n * p - margin);
+  const double high = std::ceil(n * p + margin);
+  const auto set = [&](double& end, double rank) {
+    if (rank < 1 || rank > n) return;
+    if (const std::optional<double> value = valueOf(static_cast<std::uint64_t>(rank))) end = *value;
+  };
+  set(interval.low, low);
+  set(interval.high, high);
+  return interval;
+}
+
+void Percentiles::renewBlank() {
+  blank_.windows.clear();
+  for (const Window& window : windows_) blank_.windows.emplace_back(window.interval());
+  blank_.histogram = histogram_;
+  blank_.histogram.below = blank_.histogram.above = 0;
+  std::fill(blank_.histogram.counts.begin(), blank_.histogram.counts.end(), 0);
+}
+
+std::optional<double> Percentiles::value(std::size_t index, std::uint64_t rank) {
+  if (!windows_.empty()) return windows_[index].value(rank);
+  return sortedPilot()[rank - 1];
+}
+
+std::optional<Percentiles::Estimate> Percentiles::estimate(std::size_t index) {
+  const double percent = percents_[index];
+  const auto [lowRank, highRank] = intervalRanks(percent, count_);
+  const auto middle = value(index, percentileRank(percent, count_));
+  const auto low = value(index, lowRank);
+  const auto high = value(index, highRank);
+  if (!middle || !low || !high) return {};
+  return Estimate{*middle, *low, *high};
+}
+
+Histogram Percentiles::histogram() {
+  return windows_.empty() ? pilotHistogram() : histogram_;
+}
+
+}  // namespace palvex::simulation

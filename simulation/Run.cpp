@@ -1,0 +1,102 @@
+#include "simulation/Run.h"
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <exception>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace palvex::simulation {
+
+namespace {
+
+/// The threads of a run, and what they share.
+class Crew {
+ public:
+  Crew(Simulation& simulation, const RunOptions& options, unsigned threads)
+      : simulation_(simulation), options_(options), mostPending_(2 * threads) {}
+
+  void work(Worker& worker) {
+    try {
+      while (const auto task = nextTask()) {
+        auto block = worker.work(*task, [this] { return isStopped(); });
+        if (!block) break;
+        const std::lock_guard lock(mutex_);
+        simulation_.add(std::move(*block));
+        if (options_.progress) {
+          options_.progress(simulation_.done(), simulation_.settings().trials);
+        }
+        stopped_ = stopped_ || simulation_.finished();
+        changed_.notify_all();
+      }
+    } catch (...) {
+      const std::lock_guard lock(mutex_);
+      if (!error_) error_ = std::current_exception();
+      stopped_ = true;
+    }
+    // Whoever found the crew still at work is waiting by now.
+    { const std::lock_guard lock(mutex_); }
+    changed_.notify_all();
+  }
+
+  void rethrow() const {
+    if (error_) std::rethrow_exception(error_);
+  }
+
+ private:
+  [[nodiscard]] bool isStopped() {
+    if (options_.cancelled && options_.cancelled()) stopped_ = true;
+    return stopped_;
+  }
+
+  /// Waits for a block to work out; nothing when there will be none.
+  std::optional<Task> nextTask() {
+    std::unique_lock lock(mutex_);
+    for (;;) {
+      if (isStopped()) return {};
+      // So that blocks do not pile up while an early one takes long.
+      if (simulation_.pending() < mostPending_) {
+        if (auto task = simulation_.next()) return task;
+      }
+      changed_.wait(lock);
+    }
+  }
+
+  Simulation& simulation_;
+  const RunOptions& options_;
+  std::uint64_t mostPending_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::atomic<bool> stopped_ = false;
+  std::exception_ptr error_;
+};
+
+}  // namespace
+
+Results run(const Model& model, const Settings& settings, const RunOptions& options) {
+  Simulation simulation(model, settings);
+  simulation.onTrials(options.onTrials);
+  const unsigned wanted =
+      options.threads > 0 ? options.threads : std::max(1U, std::thread::hardware_concurrency());
+  const auto threads = static_cast<unsigned>(std::min<std::uint64_t>(wanted, simulation.blocks()));
+
+  std::vector<Worker> workers;
+  workers.reserve(threads);
+  for (unsigned i = 0; i < threads; ++i) {
+    workers.emplace_back(simulation, options.openWorkbook ? options.openWorkbook() : nullptr);
+  }
+  Crew crew(simulation, options, threads);
+  {
+    std::vector<std::jthread> others;
+    for (unsigned i = 1; i < threads; ++i) {
+      others.emplace_back([&crew, &worker = workers[i]] { crew.work(worker); });
+    }
+    crew.work(workers[0]);
+  }
+  crew.rethrow();
+  return simulation.results();
+}
+
+}  // namespace palvex::simulation

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string_view>
+
+#include "simulation/Simulation.h"
+
+namespace palvex::simulation {
+
+/// How a simulation is run on this machine.
+struct RunOptions {
+  unsigned threads = 0;  // 0 for as many as the machine has
+  /// Called now and then with the trials done and all.
+  std::function<void(std::uint64_t done, std::uint64_t all)> progress;
+  /// Asked now and then, from any thread; true ends the run with the whole blocks done so far.
+  std::function<bool()> cancelled;
+  /// With Settings::describeTrials: receives the values of the trials that count, in their order,
+  /// as lines of comma-separated values, a column for each row of the model.
+  std::function<void(std::string_view text)> onTrials;
+  /// Opens the workbook of one thread.
+  std::function<std::unique_ptr<Workbook>()> openWorkbook;
+};
+
+/// Runs a simulation. The results are the same to the bit for any number of threads.
+/// @throws Fault       for a model or settings that can not be simulated
+/// @throws TrialFault  for the first trial that fails
+Results run(const Model& model, const Settings& settings, const RunOptions& options = {});
+
+}  // namespace palvex::simulation
