@@ -81,8 +81,11 @@ const LawType& typeCalled(const std::string& name) {
     if (type.name == name) return type;
     names.emplace_back(type.name);
   }
-  throw Fault("there is no type '" + name + "'" +
-              (nearest(name, names) ? suggestion(name, names) : "; palvex types lists them."));
+  if (nearest(name, names))
+    throw Fault("there is no type '" + name + "'" + suggestion(name, names));
+  std::string list;
+  for (const std::string& known : names) list += (list.empty() ? "" : ", ") + known;
+  throw Fault("there is no type '" + name + "'; there are " + list + '.');
 }
 
 void completeParameters(const LawType& type, std::vector<Operand>& parameters) {

@@ -44,7 +44,7 @@ struct CellSums {
 /// One block of trials to be worked out, anywhere and in any order.
 struct Task {
   std::uint64_t block = 0;
-  int pass = 1;             // the trials are drawn again when a percentile was missed
+  int pass = 1;            // the trials are drawn again when a percentile was missed
   bool statistics = true;  // false when only percentiles are still missing
   bool sample = true;      // the values themselves are asked for, too, for rank correlations
   std::shared_ptr<const std::vector<Digest>> blanks;  // of each result

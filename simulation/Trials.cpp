@@ -203,7 +203,7 @@ Law Trials::lawIn(const Row& row, std::size_t trial) const {
   if (row.law) return row.law->between(lower, upper);
   std::vector<double> parameters;
   for (const Number& parameter : row.parameters) parameters.push_back(number(parameter, trial));
-  return makeLaw(row.type, parameters, lower, upper);
+  return makeLaw(*findLawType(row.type), parameters, {lower, upper});
 }
 
 void Trials::fail(std::size_t row, std::size_t trial, const std::string& why) {
