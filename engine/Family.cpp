@@ -226,8 +226,10 @@ const Family gamma{
     .fit = nullptr,
     .density = [](const Values& v, double x, const Limits& limits, const Variant&,
                   Line line) { return m_Gamma::density(x, v.p[0], v.p[1], v.p[2], limits, line); },
-    .stableDensity = [](const Values& v,
-                        double x) { return laws::Gamma(v.p[0], v.p[1], v.p[2]).density(x); },
+    .stableDensity =
+        [](const Values& v, double x) {
+          return laws::Gamma(v.p[0], v.p[1], v.p[2]).standardDensity(x);
+        },
     .densityHolds = [](const Values& v,
                        double x) { return m_Gamma::densityHolds(x, v.p[0], v.p[1], v.p[2]); },
     // The scale serves as the rate, and a minimum turns the probability into that above x.
@@ -280,7 +282,7 @@ const Family johnson{
         },
     .stableDensity =
         [](const Values& v, double x) {
-          return laws::Johnson(v.fitted.johnson, v.fitted.curve).density(x);
+          return laws::Johnson(v.fitted.johnson, v.fitted.curve).standardDensity(x);
         },
     .densityHolds =
         [](const Values& v, double x) {
@@ -331,18 +333,17 @@ const Family histogram{
     .value = [](const Values& v, const Band& band, double p,
                 Line line) { return m_Histogram::value(p, v.fitted.histogram.table, band, line); },
     .ignoresLimits = nullptr,
-    .support =
-        [](const Values& v) { return laws::Histogram(v.fitted.histogram.density).support(); },
+    .support = [](const Values& v) { return laws::Histogram(v.fitted.histogram).support(); },
     .keepsNothing =
         [](const Values& v, const Limits& limits) {
-          return laws::Histogram(v.fitted.histogram.density).keepsNothing(limits);
+          return laws::Histogram(v.fitted.histogram).keepsNothing(limits);
         },
     .moments = [](const Values& v, const Limits& limits) -> std::optional<laws::Moments> {
-      return laws::Histogram(v.fitted.histogram.density).moments(limits);
+      return laws::Histogram(v.fitted.histogram).moments(limits);
     },
     .integratedMoments =
         [](const Values& v, const Limits& limits) {
-          return laws::Histogram(v.fitted.histogram.density).integratedMoments(limits);
+          return laws::Histogram(v.fitted.histogram).integratedMoments(limits);
         },
 };
 
@@ -359,8 +360,10 @@ const Family beta{
             return m_Beta::density(x, shapes, v.p[2], v.p[3], limits, line);
           });
         },
-    .stableDensity = [](const Values& v,
-                        double x) { return laws::Beta(v.p[0], v.p[1], v.p[2], v.p[3]).density(x); },
+    .stableDensity =
+        [](const Values& v, double x) {
+          return laws::Beta(v.p[0], v.p[1], v.p[2], v.p[3]).standardDensity(x);
+        },
     .densityHolds =
         [](const Values& v, double x) {
           return withShapes<m_Beta::Shapes>(v, [&](m_Beta::Shapes& shapes) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
+#include <utility>
 
 #include "numerics/m_BetaRatio.h"
 #include "numerics/m_GammaFunctions.h"
@@ -28,9 +30,9 @@ void addTail(PartialMoments& moments, int order, m_Beta::IncompleteBeta& ratio, 
 
 /// ln u^a (1 - u)^b relative to its value at u = p = 1 - q, at a distance t from there in
 /// ln(u/(1 - u)).
-double logDensity(double t, double a, double b, double p, double q) {
+double logFromMode(double t, double a, double b, double p, double q) {
   const double change = p * std::expm1(t);  // of 1/(1 - u), relative
-  if (std::abs(q * std::expm1(-t)) < std::abs(change)) return logDensity(-t, b, a, q, p);
+  if (std::abs(q * std::expm1(-t)) < std::abs(change)) return logFromMode(-t, b, a, q, p);
   if (std::abs(change) > 0.5) return a * t - (a + b) * std::log1p(change);
   // The same without the part of the logarithm that cancels the slope of a t at the mode.
   return (a * q - b * p) * t - (a + b) * (p * expm1LessT(t) - m_MathUtil::rlog1(change));
@@ -42,7 +44,7 @@ Support Beta::support() const noexcept {
   return {minimum_, maximum_};
 }
 
-double Beta::density(double x) const {
+double Beta::standardDensity(double x) const noexcept {
   if (!(alpha_ > 0 && beta_ > 0 && maximum_ > minimum_ && minimum_ <= x && x <= maximum_)) return 0;
   const auto logPower = [](double base, double exponent) {
     return exponent == 0 ? 0 : exponent * std::log(base);
@@ -53,6 +55,53 @@ double Beta::density(double x) const {
   const double logFactor =
       m_Gamma::gamln(alpha_ + beta_) - m_Gamma::gamln(alpha_) - m_Gamma::gamln(beta_);
   return std::exp(logPower(u, alpha_ - 1) + logPower(v, beta_ - 1) + logFactor);
+}
+
+double Beta::density(double x) const noexcept {
+  if (minimum_ == maximum_) return x == minimum_ ? 1 : 0;
+  return standardDensity(x) / 2 / (maximum_ / 2 - minimum_ / 2);
+}
+
+double Beta::logDensity(double x) const noexcept {
+  const double direct = density(x);
+  if (direct == 0 ? !(x > minimum_ && x < maximum_) : std::isnormal(direct) || std::isinf(direct))
+    return std::log(direct);
+  const double halfWidth = maximum_ / 2 - minimum_ / 2;
+  return (alpha_ - 1) * std::log((x / 2 - minimum_ / 2) / halfWidth) +
+         (beta_ - 1) * std::log((maximum_ / 2 - x / 2) / halfWidth) + std::lgamma(alpha_ + beta_) -
+         std::lgamma(alpha_) - std::lgamma(beta_) - std::log(halfWidth) - std::numbers::ln2;
+}
+
+Tails Beta::tails(double x) const noexcept {
+  if (x >= maximum_) return {1, 0};
+  if (x <= minimum_) return {0, 1};
+  const double halfWidth = maximum_ / 2 - minimum_ / 2;
+  const double u = (x / 2 - minimum_ / 2) / halfWidth;
+  const double v = (maximum_ / 2 - x / 2) / halfWidth;
+  if (!(u > 0)) return {0, 1};
+  if (!(v > 0)) return {1, 0};
+  const m_Beta::Tails both = m_Beta::IncompleteBeta(alpha_, beta_)(u, v);
+  return {both.lower, both.upper};
+}
+
+double Beta::quantile(double p, double q) const noexcept {
+  // Bisection in ln(u/v), where the smaller tail is monotone to its last digit.
+  m_Beta::IncompleteBeta ratio(alpha_, beta_);
+  double low = -745;
+  double high = 745;
+  const auto fractions = [](double t) {
+    const double e = std::exp(-std::abs(t));
+    return t < 0 ? std::pair{e / (1 + e), 1 / (1 + e)} : std::pair{1 / (1 + e), e / (1 + e)};
+  };
+  for (int i = 0; i < 64; ++i) {
+    const double middle = (low + high) / 2;
+    const auto [u, v] = fractions(middle);
+    const m_Beta::Tails both = ratio(u, v);
+    (p < q ? both.lower < p : both.upper > q) ? low = middle : high = middle;
+  }
+  const auto [u, v] = fractions((low + high) / 2);
+  const double width = maximum_ - minimum_;
+  return u < v ? minimum_ + width * u : maximum_ - width * v;
 }
 
 std::optional<Moments> Beta::moments(const Limits& limits) const {
@@ -101,8 +150,8 @@ Moments Beta::integratedMoments(const Limits& limits) const {
         anchor.value,
         {t.position(anchor.lower, maximum_ - x.lower),
          t.position(anchor.upper, maximum_ - x.upper)},
-        t, [&](double u) { return logDensity(u, alpha_, beta_, below / width, above / width); },
-        logAtMode + logDensity(fromMode, alpha_, beta_, alpha_ / sum, beta_ / sum)));
+        t, [&](double u) { return logFromMode(u, alpha_, beta_, below / width, above / width); },
+        logAtMode + logFromMode(fromMode, alpha_, beta_, alpha_ / sum, beta_ / sum)));
   }
   return kept.moments();
 }

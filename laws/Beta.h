@@ -2,6 +2,7 @@
 
 #include "laws/Moments.h"
 #include "laws/Support.h"
+#include "laws/Tails.h"
 
 namespace palvex::laws {
 
@@ -16,9 +17,17 @@ class Beta {
 
   [[nodiscard]] Support support() const noexcept;
 
-  /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
-  /// the density does. Infinite at a pole.
-  [[nodiscard]] double density(double x) const;
+  /// The density of the standardised variable (x - minimum)/(maximum - minimum) at x's place: what
+  /// `density` is before it is divided by the width. Infinite at a pole.
+  [[nodiscard]] double standardDensity(double x) const noexcept;
+  /// The density at x.
+  [[nodiscard]] double density(double x) const noexcept;
+  /// Its logarithm, also where the density is no double.
+  [[nodiscard]] double logDensity(double x) const noexcept;
+
+  [[nodiscard]] Tails tails(double x) const noexcept;
+  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  [[nodiscard]] double quantile(double p, double q) const noexcept;
 
   /// Mean and standard deviation of what the limits keep, in closed form; nothing where its terms
   /// would cancel.

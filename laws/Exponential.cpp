@@ -46,6 +46,10 @@ double Exponential::density(double x) const noexcept {
   return lambda_ > 0 && x >= minimum_ ? std::exp(-lambda_ * (x - minimum_)) * lambda_ : 0;
 }
 
+double Exponential::logDensity(double x) const noexcept {
+  return x >= minimum_ ? std::log(lambda_) - lambda_ * (x - minimum_) : -infinity;
+}
+
 Moments Exponential::moments(const Limits& limits) const {
   Mixture kept;
   for (const auto& [lower, upper] : KeptIntervals(limits, minimum_, infinity)) {

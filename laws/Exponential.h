@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cmath>
+
 #include "laws/Moments.h"
 #include "laws/Support.h"
+#include "laws/Tails.h"
 
 namespace palvex::laws {
 
@@ -17,6 +20,18 @@ class Exponential {
   /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
   /// the density does. Infinite at a pole.
   [[nodiscard]] double density(double x) const noexcept;
+  /// Its logarithm, also where the density is no double.
+  [[nodiscard]] double logDensity(double x) const noexcept;
+
+  [[nodiscard]] Tails tails(double x) const noexcept {
+    if (x <= minimum_) return {0, 1};
+    const double z = lambda_ * (x - minimum_);
+    return {-std::expm1(-z), std::exp(-z)};
+  }
+  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  [[nodiscard]] double quantile(double p, double q) const noexcept {
+    return minimum_ - (p < q ? std::log1p(-p) : std::log(q)) / lambda_;
+  }
 
   /// Mean and standard deviation of what the limits keep, in closed form. Error 11 when they keep
   /// no probability.

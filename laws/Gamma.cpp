@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 #include "numerics/m_GammaRatio.h"
@@ -18,11 +19,39 @@ Support Gamma::support() const noexcept {
   return {minimum_, infinity};
 }
 
-double Gamma::density(double x) const {
+double Gamma::standardDensity(double x) const noexcept {
   if (!(shape_ > 0 && scale_ > 0 && x >= minimum_)) return 0;
   const double z = (x - minimum_) / scale_;
   if (z == 0) return shape_ < 1 ? std::numeric_limits<double>::infinity() : shape_ == 1;
   return std::isinf(z) ? 0 : m_Gamma::rcomp(shape_, z) / z;
+}
+
+double Gamma::density(double x) const noexcept {
+  return standardDensity(x) / scale_;
+}
+
+double Gamma::logDensity(double x) const noexcept {
+  const double direct = density(x);
+  if (direct == 0 ? !(x > minimum_) || std::isinf(x) : std::isnormal(direct) || std::isinf(direct))
+    return std::log(direct);
+  const double z = (x - minimum_) / scale_;
+  return (shape_ - 1) * std::log(z) - z - std::lgamma(shape_) - std::log(scale_);
+}
+
+Tails Gamma::tails(double x) const noexcept {
+  if (x <= minimum_) return {0, 1};
+  const double z = (x - minimum_) / scale_;
+  if (z == 0) return {0, 1};
+  if (std::isinf(z)) return {1, 0};
+  const m_Gamma::Ratio ratio = m_Gamma::ratioAt(prepared_, z);
+  return {ratio.p, ratio.q};
+}
+
+double Gamma::quantile(double p, double q) const noexcept {
+  double z = 0;
+  std::int16_t ierr = 0;
+  m_Gamma::gaminv(prepared_, z, -1, p < q ? p : 1 - q, p < q ? 1 - p : q, ierr);
+  return minimum_ + scale_ * z;
 }
 
 void addRatio(PartialMoments& moments, int order, double factor, double a, double lower,

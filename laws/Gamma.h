@@ -2,6 +2,8 @@
 
 #include "laws/Moments.h"
 #include "laws/Support.h"
+#include "laws/Tails.h"
+#include "numerics/m_GammaFunctions.h"
 
 namespace palvex::laws {
 
@@ -11,13 +13,21 @@ class Gamma {
  public:
   /// @param shape,scale  > 0
   Gamma(double shape, double scale, double minimum)
-      : shape_(shape), scale_(scale), minimum_(minimum) {}
+      : shape_(shape), scale_(scale), minimum_(minimum), prepared_(shape) {}
 
   [[nodiscard]] Support support() const noexcept;
 
-  /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
-  /// the density does. Infinite at a pole.
-  [[nodiscard]] double density(double x) const;
+  /// The density of the standardised variable (x - minimum)/scale at x's place: what `density` is
+  /// before it is divided by the scale. Infinite at a pole.
+  [[nodiscard]] double standardDensity(double x) const noexcept;
+  /// The density at x.
+  [[nodiscard]] double density(double x) const noexcept;
+  /// Its logarithm, also where the density is no double.
+  [[nodiscard]] double logDensity(double x) const noexcept;
+
+  [[nodiscard]] Tails tails(double x) const noexcept;
+  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  [[nodiscard]] double quantile(double p, double q) const noexcept;
 
   /// Mean and standard deviation of what the limits keep, in closed form; nothing where its terms
   /// would cancel.
@@ -30,6 +40,7 @@ class Gamma {
   double shape_;
   double scale_;
   double minimum_;
+  m_Gamma::Shape prepared_;
 };
 
 /// Adds factor (P(a, upper) - P(a, lower)), P the incomplete gamma ratio, to the sum of an order,

@@ -1,9 +1,13 @@
 #pragma once
 
+#include <memory>
+#include <span>
 #include <vector>
 
+#include "families/m_Histogram.h"
 #include "laws/Moments.h"
 #include "laws/Support.h"
+#include "laws/Tails.h"
 
 namespace palvex::laws {
 
@@ -12,14 +16,27 @@ namespace palvex::laws {
 /// bin without width is a point mass.
 class Histogram {
  public:
+  explicit Histogram(const m_Histogram::Arrays& arrays);
   /// @param bins  lower edge, upper edge and density of each bin in turn
-  explicit Histogram(std::vector<double> bins) : bins_(std::move(bins)) {}
+  explicit Histogram(const m_Histogram::DensityArray& bins);
 
   /// The outer edges of the outermost bins that hold anything. Error 9 when there are no bins.
   [[nodiscard]] Support support() const;
 
   /// Whether the limits keep nothing but gaps and empty bins.
-  [[nodiscard]] bool keepsNothing(const Limits& limits) const;
+  [[nodiscard]] bool keepsNothing(const Limits& limits) const noexcept;
+
+  /// The smallest and the greatest value in an interval that holds some.
+  [[nodiscard]] Interval valuesIn(const Interval& interval) const noexcept;
+
+  /// The density at x. A bin's left edge belongs to it, its right edge does not, except the last.
+  [[nodiscard]] double density(double x) const noexcept;
+  [[nodiscard]] double logDensity(double x) const noexcept;
+
+  [[nodiscard]] Tails tails(double x) const noexcept;
+  /// The least value with at least the probability p up to it, and so at most q = 1 - p above it;
+  /// solved in the smaller one.
+  [[nodiscard]] double quantile(double p, double q) const noexcept;
 
   /// Mean and standard deviation of what the limits keep, bin by bin in closed form. Error 11 when
   /// they keep no probability.
@@ -29,7 +46,20 @@ class Histogram {
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:
-  std::vector<double> bins_;
+  struct Bin {
+    double lower;
+    double upper;
+    double density;
+    double probability;
+    double upToUpper;   // probability of values up to the upper edge
+    double aboveUpper;  // and beyond it
+  };
+  [[nodiscard]] double upToLower(std::size_t i) const {
+    return i == 0 ? 0 : bins_[i - 1].upToUpper;
+  }
+
+  std::shared_ptr<const std::vector<Bin>> shared_;  // so that a copy costs nothing
+  std::span<const Bin> bins_;
 };
 
 }  // namespace palvex::laws

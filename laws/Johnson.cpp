@@ -8,6 +8,7 @@
 #include "families/m_Normal.h"
 #include "laws/Lognormal.h"
 #include "laws/Normal.h"
+#include "laws/StandardNormal.h"
 #include "numerics/m_Integration.h"
 
 namespace palvex::laws {
@@ -192,31 +193,75 @@ Support Johnson::support() const noexcept {
   return {-infinity, infinity};
 }
 
-double Johnson::density(double x) const noexcept {
+double Johnson::deviate(double x) const noexcept {
   const auto& [gamma, delta, lambda, xi, curve] = c_;
-  if (curve == Curve::normal) return Normal(lambda, gamma).density(x);
-  if (delta <= 0 || lambda <= 0) return 0;
-  // delta e^slope is the derivative of the normal deviate t.
-  const auto ofDeviate = [delta = delta](double t, double slope) {
-    return delta * std::exp(-t * t / 2 + slope) / std::sqrt(twoPi);
-  };
-  const double fromXi = x - xi;
-  const double u = fromXi / lambda;
   switch (curve) {
-    case Curve::SB: {
-      if (!(u > 0 && u < 1)) return 0;
-      const double logit = std::log(u) - std::log1p(-u);
-      return ofDeviate(gamma + delta * logit, -std::log(u) - std::log1p(-u));
+    case Curve::normal:
+      return (x - lambda) / gamma;
+    case Curve::SL: {
+      const double fromXi = lambda * (x - xi);
+      return fromXi > 0 ? lambda * (gamma + delta * std::log(fromXi)) : -lambda * infinity;
     }
     case Curve::SU:
-      return ofDeviate(gamma + delta * std::asinh(u), -std::log(std::hypot(1, u)));
-    case Curve::SL: {
-      if (!(fromXi > 0)) return 0;
-      const double logX = std::log(fromXi);
-      return ofDeviate(gamma + delta * (logX - std::log(lambda)), -logX);
-    }
+      return gamma + delta * std::asinh((x - xi) / lambda);
     default:
-      return 0;
+      return palvex::laws::deviate(x, c_);
+  }
+}
+
+double Johnson::logSlope(double x) const noexcept {
+  const auto& [gamma, delta, lambda, xi, curve] = c_;
+  const double fromXi = x - xi;
+  switch (curve) {
+    case Curve::normal:
+      return -std::log(gamma);
+    case Curve::SL:
+      return std::log(delta) - std::log(lambda * fromXi);
+    case Curve::SU:
+      return std::log(delta) - std::log(std::hypot(1, fromXi / lambda));
+    default:
+      return std::log(delta) - std::log(fromXi / lambda) - std::log((lambda - fromXi) / lambda);
+  }
+}
+
+double Johnson::standardDensity(double x) const noexcept {
+  const double z = deviate(x);
+  return std::isfinite(z) ? std::exp(-z * z / 2 + logSlope(x)) * inverseRootTwoPi : 0;
+}
+
+double Johnson::density(double x) const noexcept {
+  const bool isScaled = c_.curve == Curve::SU || c_.curve == Curve::SB;
+  return standardDensity(x) / (isScaled ? c_.lambda : 1);
+}
+
+double Johnson::logDensity(double x) const noexcept {
+  const double z = deviate(x);
+  if (!std::isfinite(z)) return -infinity;
+  const bool isScaled = c_.curve == Curve::SU || c_.curve == Curve::SB;
+  return -z * z / 2 + logSlope(x) - logRootTwoPi - (isScaled ? std::log(c_.lambda) : 0);
+}
+
+Tails Johnson::tails(double x) const noexcept {
+  return normalTails(deviate(x));
+}
+
+double Johnson::quantile(double p, double q) const noexcept {
+  const auto& [gamma, delta, lambda, xi, curve] = c_;
+  const double z = normalQuantile(p, q);
+  switch (curve) {
+    case Curve::normal:
+      return lambda + gamma * z;
+    case Curve::SL:
+      return xi + lambda * std::exp((lambda * z - gamma) / delta);
+    case Curve::SU:
+      return xi + lambda * std::sinh((z - gamma) / delta);
+    default: {
+      // From the nearer end.
+      const double t = (z - gamma) / delta;
+      const double small = std::exp(-std::abs(t));
+      const double part = lambda * (small / (1 + small));
+      return t < 0 ? xi + part : xi + lambda - part;
+    }
   }
 }
 

@@ -3,6 +3,7 @@
 #include "families/m_Johnson.h"
 #include "laws/Moments.h"
 #include "laws/Support.h"
+#include "laws/Tails.h"
 
 namespace palvex::laws {
 
@@ -32,9 +33,17 @@ class Johnson {
 
   [[nodiscard]] Support support() const noexcept;
 
-  /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
-  /// the density does.
+  /// The density of (x - xi)/lambda for an SU or SB curve: what `density` is before it is divided
+  /// by lambda.
+  [[nodiscard]] double standardDensity(double x) const noexcept;
+  /// The density at x.
   [[nodiscard]] double density(double x) const noexcept;
+  /// Its logarithm, also where the density is no double.
+  [[nodiscard]] double logDensity(double x) const noexcept;
+
+  [[nodiscard]] Tails tails(double x) const noexcept;
+  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  [[nodiscard]] double quantile(double p, double q) const noexcept;
 
   struct CurveMoments {
     double mean;
@@ -56,6 +65,11 @@ class Johnson {
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:
+  /// The normal deviate of x; infinite at and beyond an end.
+  [[nodiscard]] double deviate(double x) const noexcept;
+  /// ln of the derivative of the deviate by (x - xi)/lambda.
+  [[nodiscard]] double logSlope(double x) const noexcept;
+
   Constants c_;
 };
 

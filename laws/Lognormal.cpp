@@ -34,7 +34,14 @@ double Lognormal::density(double x) const noexcept {
   if (!(scale_ > 0 && x > minimum_)) return 0;
   const double logX = std::log(x - minimum_);
   const double z = (logX - location_) / scale_;
-  return std::exp(-z * z / 2 - logX - std::log(scale_)) / std::sqrt(twoPi);
+  return std::exp(-z * z / 2 - logX) * (inverseRootTwoPi / scale_);
+}
+
+double Lognormal::logDensity(double x) const noexcept {
+  if (!(x > minimum_)) return -infinity;
+  const double logX = std::log(x - minimum_);
+  const double z = (logX - location_) / scale_;
+  return -z * z / 2 - logX - std::log(scale_) - logRootTwoPi;
 }
 
 double Lognormal::standardDeviation() const noexcept {

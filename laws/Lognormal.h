@@ -1,7 +1,11 @@
 #pragma once
 
+#include <cmath>
+
 #include "laws/Moments.h"
+#include "laws/StandardNormal.h"
 #include "laws/Support.h"
+#include "laws/Tails.h"
 
 namespace palvex::laws {
 
@@ -19,6 +23,17 @@ class Lognormal {
   /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
   /// the density does. Infinite at a pole.
   [[nodiscard]] double density(double x) const noexcept;
+  /// Its logarithm, also where the density is no double.
+  [[nodiscard]] double logDensity(double x) const noexcept;
+
+  [[nodiscard]] Tails tails(double x) const noexcept {
+    if (x <= minimum_) return {0, 1};
+    return normalTails((std::log(x - minimum_) - location_) / scale_);
+  }
+  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  [[nodiscard]] double quantile(double p, double q) const noexcept {
+    return minimum_ + std::exp(location_ + scale_ * normalQuantile(p, q));
+  }
 
   /// The standard deviation; infinite where it exceeds the double range.
   [[nodiscard]] double standardDeviation() const noexcept;

@@ -35,7 +35,13 @@ Support Normal::support() const noexcept {
 double Normal::density(double x) const noexcept {
   if (sd_ <= 0) return x == mean_ ? 1 : 0;
   const double z = (x - mean_) / sd_;
-  return std::exp(-z * z / 2) / std::sqrt(twoPi) / sd_;
+  return std::exp(-z * z / 2) * inverseRootTwoPi / sd_;
+}
+
+double Normal::logDensity(double x) const noexcept {
+  if (sd_ == 0) return x == mean_ ? 0 : -infinity;
+  const double z = (x - mean_) / sd_;
+  return -z * z / 2 - logRootTwoPi - std::log(sd_);
 }
 
 std::optional<Moments> Normal::moments(const Limits& limits) const {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "laws/Moments.h"
+#include "laws/StandardNormal.h"
 #include "laws/Support.h"
+#include "laws/Tails.h"
 
 namespace palvex::laws {
 
@@ -17,6 +19,17 @@ class Normal {
   /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
   /// the density does. Infinite at a pole.
   [[nodiscard]] double density(double x) const noexcept;
+  /// Its logarithm, also where the density is no double.
+  [[nodiscard]] double logDensity(double x) const noexcept;
+
+  [[nodiscard]] Tails tails(double x) const noexcept {
+    if (sd_ == 0) return x < mean_ ? Tails{0, 1} : Tails{1, 0};
+    return normalTails((x - mean_) / sd_);
+  }
+  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  [[nodiscard]] double quantile(double p, double q) const noexcept {
+    return mean_ + sd_ * normalQuantile(p, q);
+  }
 
   /// Mean and standard deviation of what the limits keep, in closed form; nothing where its terms
   /// would cancel.

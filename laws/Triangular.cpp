@@ -1,10 +1,13 @@
 #include "laws/Triangular.h"
 
 #include <cmath>
+#include <limits>
 
 namespace palvex::laws {
 
 namespace {
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
 
 bool ordered(double minimum, double likely, double maximum) {
   return minimum <= likely && likely <= maximum;
@@ -33,6 +36,29 @@ double Triangular::density(double x) const noexcept {
   return x >= likely_ && likely_ != maximum_
              ? height * ((maximum_ / 2 - x / 2) / (maximum_ / 2 - likely_ / 2))
              : height * ((x / 2 - minimum_ / 2) / (likely_ / 2 - minimum_ / 2));
+}
+
+double Triangular::logDensity(double x) const noexcept {
+  if (minimum_ == maximum_) return x == minimum_ ? 0 : -infinity;
+  if (!(minimum_ <= x && x <= maximum_)) return -infinity;
+  const double share = x >= likely_ && likely_ != maximum_
+                           ? (maximum_ / 2 - x / 2) / (maximum_ / 2 - likely_ / 2)
+                           : (x / 2 - minimum_ / 2) / (likely_ / 2 - minimum_ / 2);
+  return std::log(share) - std::log(halfWidth_);
+}
+
+Tails Triangular::tails(double x) const noexcept {
+  if (x >= maximum_) return {1, 0};
+  if (x < minimum_) return {0, 1};
+  const double below = (x / 2 - minimum_ / 2) / halfWidth_;
+  const double above = (maximum_ / 2 - x / 2) / halfWidth_;
+  // Each side's own tail is a square; the other is the rest of the triangle and the other side.
+  if (x < likely_) {
+    const double toLikely = (likely_ / 2 - x / 2) / halfWidth_;
+    return {below * (below / shareBelow_), shareAbove_ + toLikely * (1 + below / shareBelow_)};
+  }
+  const double fromLikely = (x / 2 - likely_ / 2) / halfWidth_;
+  return {shareBelow_ + fromLikely * (1 + above / shareAbove_), above * (above / shareAbove_)};
 }
 
 Moments Triangular::moments(const Limits& limits) const {

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cmath>
+
 #include "laws/Moments.h"
 #include "laws/Support.h"
+#include "laws/Tails.h"
 
 namespace palvex::laws {
 
@@ -12,13 +15,30 @@ class Triangular {
  public:
   /// minimum <= likely <= maximum
   Triangular(double minimum, double likely, double maximum)
-      : minimum_(minimum), likely_(likely), maximum_(maximum) {}
+      : minimum_(minimum),
+        likely_(likely),
+        maximum_(maximum),
+        halfWidth_(maximum / 2 - minimum / 2),
+        shareBelow_(halfWidth_ > 0 ? (likely / 2 - minimum / 2) / halfWidth_ : 0),
+        shareAbove_(halfWidth_ > 0 ? (maximum / 2 - likely / 2) / halfWidth_ : 0),
+        stepBelow_(halfWidth_ * std::sqrt(shareBelow_)),
+        stepAbove_(halfWidth_ * std::sqrt(shareAbove_)) {}
 
   [[nodiscard]] Support support() const noexcept;
 
   /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
   /// the density does. Infinite at a pole.
   [[nodiscard]] double density(double x) const noexcept;
+  /// Its logarithm, also where the density is no double.
+  [[nodiscard]] double logDensity(double x) const noexcept;
+
+  [[nodiscard]] Tails tails(double x) const noexcept;
+  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  [[nodiscard]] double quantile(double p, double q) const noexcept {
+    const bool isBelow = p <= shareBelow_;
+    const double root = std::sqrt(isBelow ? p : q);
+    return 2 * ((isBelow ? minimum_ : maximum_) / 2 + (isBelow ? stepBelow_ : -stepAbove_) * root);
+  }
 
   /// Mean and standard deviation of what the limits keep, in closed form. Error 11 when they keep
   /// no probability.
@@ -31,6 +51,11 @@ class Triangular {
   double minimum_;
   double likely_;
   double maximum_;
+  double halfWidth_;   // the width itself may overflow
+  double shareBelow_;  // probability below `likely`
+  double shareAbove_;
+  double stepBelow_;
+  double stepAbove_;
 };
 
 }  // namespace palvex::laws

@@ -1,6 +1,8 @@
 #include "laws/Uniform.h"
 
 #include <cmath>
+#include <limits>
+#include <numbers>
 
 namespace palvex::laws {
 
@@ -11,6 +13,11 @@ Support Uniform::support() const noexcept {
 double Uniform::density(double x) const noexcept {
   if (!(minimum_ <= x && x <= maximum_)) return 0;
   return maximum_ == minimum_ ? 1 : 0.5 / (maximum_ / 2 - minimum_ / 2);
+}
+
+double Uniform::logDensity(double x) const noexcept {
+  if (!(minimum_ <= x && x <= maximum_)) return -std::numeric_limits<double>::infinity();
+  return halfWidth_ == 0 ? 0 : -std::log(halfWidth_) - std::numbers::ln2;
 }
 
 Moments Uniform::moments(const Limits& limits) const {

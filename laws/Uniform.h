@@ -2,6 +2,7 @@
 
 #include "laws/Moments.h"
 #include "laws/Support.h"
+#include "laws/Tails.h"
 
 namespace palvex::laws {
 
@@ -10,13 +11,26 @@ namespace palvex::laws {
 class Uniform {
  public:
   /// minimum <= maximum
-  Uniform(double minimum, double maximum) : minimum_(minimum), maximum_(maximum) {}
+  Uniform(double minimum, double maximum)
+      : minimum_(minimum), maximum_(maximum), halfWidth_(maximum / 2 - minimum / 2) {}
 
   [[nodiscard]] Support support() const noexcept;
 
   /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
   /// the density does. Infinite at a pole.
   [[nodiscard]] double density(double x) const noexcept;
+  /// Its logarithm, also where the density is no double.
+  [[nodiscard]] double logDensity(double x) const noexcept;
+
+  [[nodiscard]] Tails tails(double x) const noexcept {
+    if (x >= maximum_) return {1, 0};
+    if (x < minimum_) return {0, 1};
+    return {(x / 2 - minimum_ / 2) / halfWidth_, (maximum_ / 2 - x / 2) / halfWidth_};
+  }
+  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  [[nodiscard]] double quantile(double p, double q) const noexcept {
+    return 2 * ((p < q ? minimum_ : maximum_) / 2 + halfWidth_ * (p < q ? p : -q));
+  }
 
   /// Mean and standard deviation of what the limits keep, in closed form. Error 11 when they keep
   /// no probability.
@@ -28,6 +42,7 @@ class Uniform {
  private:
   double minimum_;
   double maximum_;
+  double halfWidth_;  // the width itself may overflow
 };
 
 }  // namespace palvex::laws

@@ -27,6 +27,13 @@ double Weibull::density(double x) const noexcept {
   return std::exp((shape_ - 1) * logZ + std::log(shape_) - std::log(scale_) - fall);
 }
 
+double Weibull::logDensity(double x) const noexcept {
+  if (x < minimum_) return -infinity;
+  const double z = (x - minimum_) / scale_;
+  const double logPower = shape_ == 1 ? 0 : (shape_ - 1) * std::log(z);
+  return logPower + std::log(shape_) - std::log(scale_) - std::pow(z, shape_);
+}
+
 std::optional<Moments> Weibull::moments(const Limits& limits) const {
   constexpr double largestArgument = 170;  // of a gamma function within the double range
   if (1 + 2 / shape_ > largestArgument) return {};

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cmath>
+
 #include "laws/Moments.h"
 #include "laws/Support.h"
+#include "laws/Tails.h"
 
 namespace palvex::laws {
 
@@ -18,6 +21,19 @@ class Weibull {
   /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
   /// the density does. Infinite at a pole.
   [[nodiscard]] double density(double x) const noexcept;
+  /// Its logarithm, also where the density is no double.
+  [[nodiscard]] double logDensity(double x) const noexcept;
+
+  [[nodiscard]] Tails tails(double x) const noexcept {
+    if (x <= minimum_) return {0, 1};
+    const double power = std::pow((x - minimum_) / scale_, shape_);
+    return {-std::expm1(-power), std::exp(-power)};
+  }
+  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  [[nodiscard]] double quantile(double p, double q) const noexcept {
+    const double power = p < q ? -std::log1p(-p) : -std::log(q);
+    return minimum_ + scale_ * std::pow(power, 1 / shape_);
+  }
 
   /// Mean and standard deviation of what the limits keep, in closed form; nothing where its terms
   /// would cancel.

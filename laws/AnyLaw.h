@@ -1,0 +1,43 @@
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string_view>
+
+#include "laws/Moments.h"
+#include "laws/Support.h"
+#include "runtime/Limits.h"
+
+namespace palvex::laws {
+
+/// A law between limits, whatever its family: what stands behind a Law. Queries are as Law has
+/// them.
+class AnyLaw {
+ public:
+  AnyLaw() = default;
+  AnyLaw(const AnyLaw&) = delete;
+  AnyLaw& operator=(const AnyLaw&) = delete;
+  virtual ~AnyLaw() = default;
+
+  /// The whole law between other limits.
+  /// @throws std::invalid_argument
+  [[nodiscard]] virtual std::shared_ptr<const AnyLaw> between(const Limits& limits) const = 0;
+  /// The same law by another name, which must outlive it.
+  [[nodiscard]] virtual std::shared_ptr<const AnyLaw> named(std::string_view type) const = 0;
+
+  [[nodiscard]] virtual std::string_view type() const noexcept = 0;
+  [[nodiscard]] virtual Support support() const noexcept = 0;
+  [[nodiscard]] virtual double keptProbability() const noexcept = 0;
+  [[nodiscard]] virtual double density(double x) const noexcept = 0;
+  [[nodiscard]] virtual double logDensity(double x) const noexcept = 0;
+  [[nodiscard]] virtual double probability(double x) const noexcept = 0;
+  [[nodiscard]] virtual double exceedance(double x) const noexcept = 0;
+  [[nodiscard]] virtual double quantile(double p) const noexcept = 0;
+  [[nodiscard]] virtual double upperQuantile(double q) const noexcept = 0;
+  /// @param x  as long as p
+  virtual void quantiles(std::span<const double> p, std::span<double> x) const noexcept = 0;
+  /// Error 6 where they leave the range of doubles.
+  [[nodiscard]] virtual Moments moments() const = 0;
+};
+
+}  // namespace palvex::laws

@@ -1,0 +1,215 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+#include <utility>
+
+#include "laws/AnyLaw.h"
+#include "laws/Tails.h"
+
+namespace palvex::laws {
+
+/// The limits as they take part: an infinite one on its own side is none.
+/// @throws std::invalid_argument for a NaN and for equal limits
+[[nodiscard]] Limits takingPart(Limits limits);
+
+/// Whether no value of the support is between the limits.
+[[nodiscard]] bool excludesAll(const Limits& limits, const Support& support) noexcept;
+
+/// What the limits keep of a law: one piece of its values, or two. Probabilities of pieces, like
+/// those up to a value, are differences of the tails that are smaller there, so that they hold in
+/// the far tails.
+template <class TheLaw>
+class Kept final : public AnyLaw {
+ public:
+  /// @throws std::invalid_argument when the limits keep nothing
+  Kept(std::string_view type, TheLaw law, const Limits& limits)
+      : type_(type), law_(std::move(law)), limits_(takingPart(limits)) {
+    if (excludesAll(limits_, law_.support()) || keepsNothing()) {
+      throw std::invalid_argument(
+          "Truncation limits exclude all distribution values.  Please adjust.");
+    }
+    findPieces();
+    if (!(probability_ > 0)) {
+      throw std::invalid_argument("Truncation limits keep no probability in double precision.");
+    }
+    logProbability_ = std::log(probability_);
+  }
+
+  [[nodiscard]] std::shared_ptr<const AnyLaw> between(const Limits& limits) const override {
+    return std::make_shared<const Kept>(type_, law_, limits);
+  }
+  [[nodiscard]] std::shared_ptr<const AnyLaw> named(std::string_view type) const override {
+    return std::make_shared<const Kept>(type, law_, limits_);
+  }
+
+  [[nodiscard]] std::string_view type() const noexcept override { return type_; }
+  [[nodiscard]] Support support() const noexcept override { return support_; }
+  [[nodiscard]] double keptProbability() const noexcept override { return probability_; }
+
+  [[nodiscard]] double density(double x) const noexcept override {
+    if (std::isnan(x)) return x;
+    return keeps(x) ? law_.density(x) / probability_ : 0;
+  }
+
+  [[nodiscard]] double logDensity(double x) const noexcept override {
+    if (std::isnan(x)) return x;
+    return keeps(x) ? law_.logDensity(x) - logProbability_ : -infinity;
+  }
+
+  [[nodiscard]] double probability(double x) const noexcept override {
+    if (std::isnan(x)) return x;
+    if (x >= support_.upper) return 1;
+    double below = 0;
+    for (std::size_t i = 0; i < count_; ++i) {
+      const Piece& piece = pieces_[i];
+      if (x < piece.values.lower) break;
+      below +=
+          x >= piece.values.upper ? piece.probability : difference(piece.atLower, law_.tails(x));
+    }
+    return std::clamp(below / probability_, 0.0, 1.0);
+  }
+
+  [[nodiscard]] double exceedance(double x) const noexcept override {
+    if (std::isnan(x)) return x;
+    if (x >= support_.upper) return 0;
+    double above = 0;
+    for (std::size_t i = count_; i-- > 0;) {
+      const Piece& piece = pieces_[i];
+      if (x >= piece.values.upper) break;
+      above +=
+          x < piece.values.lower ? piece.probability : difference(law_.tails(x), piece.atUpper);
+    }
+    return std::clamp(above / probability_, 0.0, 1.0);
+  }
+
+  [[nodiscard]] double quantile(double p) const noexcept override {
+    if (p > 0 && p < 1) return at(p, 1 - p);
+    if (p == 0) return support_.lower;
+    return p == 1 ? support_.upper : nan;
+  }
+
+  [[nodiscard]] double upperQuantile(double q) const noexcept override {
+    if (q > 0 && q < 1) return at(1 - q, q);
+    if (q == 0) return support_.upper;
+    return q == 1 ? support_.lower : nan;
+  }
+
+  void quantiles(std::span<const double> p, std::span<double> x) const noexcept override {
+    for (std::size_t i = 0; i < p.size(); ++i) x[i] = quantile(p[i]);
+  }
+
+  [[nodiscard]] Moments moments() const override {
+    if (support_.lower == support_.upper) return {support_.lower, 0};
+    const std::optional<Moments> closed = law_.moments(limits_);
+    return closed ? *closed : law_.integratedMoments(limits_);
+  }
+
+ private:
+  static constexpr double infinity = std::numeric_limits<double>::infinity();
+  static constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+  struct Piece {
+    Interval values;
+    Tails atLower;
+    Tails atUpper;
+    double probability;
+  };
+
+  /// The probability between two values, from the tails there.
+  static double difference(const Tails& lower, const Tails& upper) noexcept {
+    return upper.lower <= lower.upper ? upper.lower - lower.lower : lower.upper - upper.upper;
+  }
+
+  [[nodiscard]] bool keepsNothing() const {
+    if constexpr (requires { law_.keepsNothing(limits_); }) return law_.keepsNothing(limits_);
+    return false;
+  }
+
+  [[nodiscard]] bool keeps(double x) const noexcept {
+    const auto in = [x](const Piece& piece) {
+      return piece.values.lower <= x && x <= piece.values.upper;
+    };
+    return in(pieces_[0]) || (count_ > 1 && in(pieces_[1]));
+  }
+
+  void findPieces() {
+    support_ = law_.support();
+    if (support_.lower == support_.upper) {  // a point mass
+      add({support_.lower, support_.upper}, {0, 1}, {1, 0});
+      return;
+    }
+    const auto lower = limits_.lower > support_.lower ? limits_.lower : std::nullopt;
+    const auto upper =
+        limits_.upper && *limits_.upper < support_.upper ? limits_.upper : std::nullopt;
+    if (limits_.reversed()) {
+      if (*limits_.upper > support_.lower) addBetween({}, upper);
+      if (*limits_.lower < support_.upper) addBetween(lower, {});
+    } else {
+      addBetween(lower, upper);
+    }
+    if (count_ == 0) return;
+    const auto end = [](double value, double whole, bool included) {
+      return value == whole ? included : true;
+    };
+    const double first = pieces_[0].values.lower;
+    const double last = pieces_[count_ - 1].values.upper;
+    support_ = {first, last, end(first, support_.lower, support_.lowerIncluded),
+                end(last, support_.upper, support_.upperIncluded)};
+  }
+
+  /// Adds the piece between two limits that lie in the support, or none.
+  void addBetween(std::optional<double> lower, std::optional<double> upper) {
+    Interval values{lower.value_or(support_.lower), upper.value_or(support_.upper)};
+    if (!(values.lower < values.upper)) return;
+    add(values, lower ? law_.tails(*lower) : Tails{0, 1}, upper ? law_.tails(*upper) : Tails{1, 0});
+  }
+
+  void add(Interval values, const Tails& atLower, const Tails& atUpper) {
+    const double probability = difference(atLower, atUpper);
+    if (!(probability > 0)) return;
+    if constexpr (requires { law_.valuesIn(values); }) values = law_.valuesIn(values);
+    pieces_[count_++] = {values, atLower, atUpper, probability};
+    probability_ += probability;
+  }
+
+  /// The quantile of p and q = 1 - p, both in (0, 1).
+  [[nodiscard]] double at(double p, double q) const noexcept {
+    // Both tails of the whole law there are sums without cancellation.
+    if (count_ == 1) {
+      const Piece& piece = pieces_[0];
+      return inside(piece, piece.atLower.lower + p * probability_,
+                    piece.atUpper.upper + q * probability_);
+    }
+    const auto& [first, second] = pieces_;
+    const double lower = p * probability_;
+    const double upper = q * probability_;
+    if (p < q ? lower <= first.probability : upper >= second.probability) {
+      return inside(
+          first, lower,
+          first.atUpper.upper + (p < q ? first.probability - lower : upper - second.probability));
+    }
+    return inside(
+        second,
+        second.atLower.lower + (p < q ? lower - first.probability : second.probability - upper),
+        upper);
+  }
+
+  [[nodiscard]] double inside(const Piece& piece, double p, double q) const noexcept {
+    return std::clamp(law_.quantile(p, q), piece.values.lower, piece.values.upper);
+  }
+
+  std::string_view type_;
+  TheLaw law_;
+  Limits limits_;
+  Support support_{};
+  std::array<Piece, 2> pieces_{};
+  std::size_t count_ = 0;
+  double probability_ = 0;
+  double logProbability_ = 0;
+};
+
+}  // namespace palvex::laws
