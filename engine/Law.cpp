@@ -1,10 +1,14 @@
 #include "engine/Law.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <concepts>
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "engine/Family.h"
 #include "engine/LawTypes.h"
@@ -34,12 +38,14 @@ SharedLaw shared(std::string_view type, TheLaw law, const Limits& limits) {
   return std::make_shared<const laws::Kept<TheLaw>>(type, std::move(law), limits);
 }
 
+constexpr const char* noCurve = "No Johnson curve was found for these moments.";
+
 SharedLaw sharedJohnson(std::string_view type, const Fitted& fitted, const Limits& limits) {
   const m_Johnson::JohnsonParams& curve = fitted.johnson;
   if (!curve.message.empty()) throw std::invalid_argument(curve.message);
   const bool isNormal = fitted.curve == m_Johnson::Curve::normal;
   if (fitted.curve == m_Johnson::Curve::none || (!isNormal && !(curve.delta > 0))) {
-    throw std::invalid_argument("No Johnson curve was found for these moments.");
+    throw std::invalid_argument(noCurve);
   }
   return shared(type, laws::Johnson(curve, fitted.curve), limits);
 }
@@ -53,34 +59,36 @@ SharedLaw lawOf(const Family& family, const Parameters& p, const Fitted& fitted,
     Maker make;
   };
   static constexpr std::array<Row, 10> rows{{
-      {"Normal", [](auto type, auto& p, auto&, auto& limits) {
-         return shared(type, laws::Normal(p[0], p[1]), limits);
-       }},
-      {"Uniform", [](auto type, auto& p, auto&, auto& limits) {
-         return shared(type, laws::Uniform(p[0], p[1]), limits);
-       }},
-      {"Triangular", [](auto type, auto& p, auto&, auto& limits) {
+      {"Normal", [](auto type, auto& p, auto&,
+                    auto& limits) { return shared(type, laws::Normal(p[0], p[1]), limits); }},
+      {"Uniform", [](auto type, auto& p, auto&,
+                     auto& limits) { return shared(type, laws::Uniform(p[0], p[1]), limits); }},
+      {"Triangular",
+       [](auto type, auto& p, auto&, auto& limits) {
          return shared(type, laws::Triangular(p[0], p[1], p[2]), limits);
        }},
-      {"Lognormal", [](auto type, auto& p, auto&, auto& limits) {
+      {"Lognormal",
+       [](auto type, auto& p, auto&, auto& limits) {
          return shared(type, laws::Lognormal(p[0], p[1], p[2]), limits);
        }},
-      {"Exponential", [](auto type, auto& p, auto&, auto& limits) {
+      {"Exponential",
+       [](auto type, auto& p, auto&, auto& limits) {
          return shared(type, laws::Exponential(p[0], p[1]), limits);
        }},
-      {"Weibull", [](auto type, auto& p, auto&, auto& limits) {
+      {"Weibull",
+       [](auto type, auto& p, auto&, auto& limits) {
          return shared(type, laws::Weibull(p[0], p[1], p[2]), limits);
        }},
-      {"Beta", [](auto type, auto& p, auto&, auto& limits) {
+      {"Beta",
+       [](auto type, auto& p, auto&, auto& limits) {
          return shared(type, laws::Beta(p[0], p[1], p[2], p[3]), limits);
        }},
-      {"Gamma", [](auto type, auto& p, auto&, auto& limits) {
-         return shared(type, laws::Gamma(p[0], p[1], p[2]), limits);
-       }},
-      {"Johnson", [](auto type, auto&, auto& fitted, auto& limits) {
-         return sharedJohnson(type, fitted, limits);
-       }},
-      {"Histogram", [](auto type, auto&, auto& fitted, auto& limits) {
+      {"Gamma", [](auto type, auto& p, auto&,
+                   auto& limits) { return shared(type, laws::Gamma(p[0], p[1], p[2]), limits); }},
+      {"Johnson", [](auto type, auto&, auto& fitted,
+                     auto& limits) { return sharedJohnson(type, fitted, limits); }},
+      {"Histogram",
+       [](auto type, auto&, auto& fitted, auto& limits) {
          return shared(type, laws::Histogram(fitted.histogram), limits);
        }},
   }};
@@ -132,13 +140,13 @@ SharedLaw checkedLaw(std::string_view type, std::span<const double> given, const
       const std::string fault = family->fit(p, fitted, Line::here());
       if (!fault.empty()) throw std::invalid_argument(fault);
     } catch (const RuntimeError&) {
-      throw std::invalid_argument("No Johnson curve was found for these moments.");
+      throw std::invalid_argument(noCurve);
     }
   }
   return lawOf(*family, p, fitted, limits);
 }
 
-template <class... Numbers>
+template <std::same_as<double>... Numbers>
 SharedLaw checkedLaw(std::string_view type, Numbers... numbers) {
   const std::array<double, sizeof...(numbers)> given{numbers...};
   return checkedLaw(type, given, Limits{});
@@ -157,18 +165,22 @@ Parameters pertAsBeta(double minimum, double likely, double maximum) {
 
 /// The parameters of the lognormal law with this mean and standard deviation.
 Parameters asLognormal(double mean, double sd, double minimum) {
-  if (!std::isfinite(mean)) throw std::invalid_argument("Non-numeric value for Mean.");
-  const auto words = [](const char* fault) {
-    return std::string(fault) + " for Std Dev.  Must be a positive real number.";
-  };
-  if (!std::isfinite(sd)) throw std::invalid_argument(words("Non-numeric value"));
-  if (sd < 0) throw std::invalid_argument(words("Negative value"));
-  if (sd == 0) throw std::invalid_argument(words("Value of zero"));
-  if (!std::isfinite(minimum)) throw std::invalid_argument("Non-numeric value for Minimum.");
+  static_cast<void>(checkedLaw("Johnson", mean, sd, 0.0, 3.0));  // a mean and a positive deviation
+  static_cast<void>(checkedLaw("Exponential", 1.0, minimum));
   if (!(mean > minimum)) throw std::invalid_argument("Mean must be greater than Minimum.");
   const double ratio = sd / (mean - minimum);
   const double variance = std::log1p(ratio * ratio);
   return {std::log(mean - minimum) - variance / 2, std::sqrt(variance), minimum};
+}
+
+SharedLaw pertLaw(const Parameters& p, const Limits& limits) {
+  const auto [alpha, beta, minimum, maximum] = pertAsBeta(p[0], p[1], p[2]);
+  return shared("PERT", laws::Beta(alpha, beta, minimum, maximum), limits);
+}
+
+SharedLaw lognormalMeanLaw(const Parameters& p, const Limits& limits) {
+  const Parameters lognormal = asLognormal(p[0], p[1], p[2]);
+  return checkedLaw("Lognormal", std::span(lognormal).first(3), limits)->named("LognormalMean");
 }
 
 // ---- worksheet data in memory ----
@@ -179,9 +191,8 @@ class Cells : public Object {
   explicit Cells(Variant values) : values_(std::move(values)) {}
 
  protected:
-  Variant getMember(std::string_view member, const std::vector<Variant>&) override {
-    if (member == "value") return values_;
-    raise(fault::unknownMember);
+  Variant doGet(std::string_view member, const std::vector<Variant>& arguments) override {
+    return sameMember(member, "Value") ? values_ : Object::doGet(member, arguments);
   }
 
  private:
@@ -196,6 +207,203 @@ SharedLaw histogramOf(const Variant& values, std::string_view layout) {
   return lawOf(*findFamily("Histogram"), {}, fitted, {});
 }
 
+/// The moments, infinite where they leave the range of doubles.
+laws::Moments moments(const laws::AnyLaw& law) {
+  try {
+    return law.moments();
+  } catch (const RuntimeError&) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    return {law.support().upper == infinity ? infinity : -infinity, infinity};
+  }
+}
+
 }  // namespace
+
+Law::Law(std::shared_ptr<const laws::AnyLaw> law) : law_(std::move(law)) {}
+
+Law Law::normal(double mean, double sd) {
+  return Law(checkedLaw("Normal", mean, sd));
+}
+
+Law Law::uniform(double minimum, double maximum) {
+  return Law(checkedLaw("Uniform", minimum, maximum));
+}
+
+Law Law::triangular(double minimum, double likely, double maximum) {
+  return Law(checkedLaw("Triangular", minimum, likely, maximum));
+}
+
+Law Law::lognormal(double location, double scale, double minimum) {
+  return Law(checkedLaw("Lognormal", location, scale, minimum));
+}
+
+Law Law::exponential(double lambda, double minimum) {
+  return Law(checkedLaw("Exponential", lambda, minimum));
+}
+
+Law Law::weibull(double shape, double scale, double minimum) {
+  return Law(checkedLaw("Weibull", shape, scale, minimum));
+}
+
+Law Law::beta(double alpha, double beta, double minimum, double maximum) {
+  return Law(checkedLaw("Beta", alpha, beta, minimum, maximum));
+}
+
+Law Law::gamma(double shape, double scale, double minimum) {
+  return Law(checkedLaw("Gamma", shape, scale, minimum));
+}
+
+Law Law::johnson(double mean, double sd, double skewness, double kurtosis) {
+  return Law(checkedLaw("Johnson", mean, sd, skewness, kurtosis));
+}
+
+Law Law::pert(double minimum, double likely, double maximum) {
+  return Law(pertLaw({minimum, likely, maximum}, {}));
+}
+
+Law Law::lognormalMean(double mean, double sd, double minimum) {
+  return Law(lognormalMeanLaw({mean, sd, minimum}, {}));
+}
+
+Law Law::histogram(std::span<const double> data) {
+  const auto n = static_cast<std::int32_t>(data.size());
+  Variant cells = Variant::array(n, 1);
+  for (std::int32_t i = 0; i < n; ++i) cells.at(i + 1, 1) = data[static_cast<std::size_t>(i)];
+  return Law(histogramOf(cells, dataConfigurations[0]));
+}
+
+Law Law::histogram(std::span<const double> edges, std::span<const double> counts) {
+  if (edges.size() != counts.size() + 1)
+    throw std::invalid_argument("A histogram has one edge more than counts.");
+  const auto n = static_cast<std::int32_t>(counts.size());
+  Variant cells = Variant::array(n, 3);
+  for (std::int32_t i = 0; i < n; ++i) {
+    const auto bin = static_cast<std::size_t>(i);
+    cells.at(i + 1, 1) = edges[bin];
+    cells.at(i + 1, 2) = edges[bin + 1];
+    cells.at(i + 1, 3) = counts[bin];
+  }
+  return Law(histogramOf(cells, dataConfigurations[2]));
+}
+
+Law Law::between(std::optional<double> lower, std::optional<double> upper) const {
+  return Law(law_->between({lower, upper}));
+}
+
+std::string_view Law::type() const noexcept {
+  return law_->type();
+}
+
+Support Law::support() const noexcept {
+  return law_->support();
+}
+
+double Law::keptProbability() const noexcept {
+  return law_->keptProbability();
+}
+
+double Law::density(double x) const noexcept {
+  return law_->density(x);
+}
+
+double Law::logDensity(double x) const noexcept {
+  return law_->logDensity(x);
+}
+
+double Law::probability(double x) const noexcept {
+  return law_->probability(x);
+}
+
+double Law::exceedance(double x) const noexcept {
+  return law_->exceedance(x);
+}
+
+double Law::quantile(double p) const noexcept {
+  return law_->quantile(p);
+}
+
+double Law::upperQuantile(double q) const noexcept {
+  return law_->upperQuantile(q);
+}
+
+void Law::quantiles(std::span<const double> p, std::span<double> x) const {
+  if (p.size() != x.size())
+    throw std::invalid_argument("There must be as many values as probabilities.");
+  law_->quantiles(p, x);
+}
+
+double Law::mean() const {
+  return moments(*law_).mean;
+}
+
+double Law::sd() const {
+  return moments(*law_).sd;
+}
+
+Law makeLaw(const LawType& type, std::span<const double> parameters, const Limits& limits) {
+  Parameters p{};
+  std::copy_n(parameters.begin(), std::min(parameters.size(), p.size()), p.begin());
+  if (type.name == "PERT") return Law(pertLaw(p, limits));
+  if (type.name == "LognormalMean") return Law(lognormalMeanLaw(p, limits));
+  const auto count = static_cast<std::size_t>(type.parameterCount());
+  return Law(checkedLaw(type.name, std::span(p).first(count), limits));
+}
+
+Law makeLaw(std::string_view type, std::span<const Variant> parameters, const Variant& ltl,
+            const Variant& utl) {
+  c_Distribution distribution;
+  const auto validate = [&](std::string_view name, std::span<const Variant> given,
+                            const Variant& lower, const Variant& upper) {
+    if (findEntry(name) == nullptr) throw std::invalid_argument("Incorrect distribution type.");
+    distribution.distType(name);
+    const std::array members{&distribution.param1, &distribution.param2, &distribution.param3,
+                             &distribution.param4};
+    for (std::size_t i = 0; i < members.size(); ++i) {
+      *members[i] = i < given.size() ? given[i] : Variant{};
+    }
+    distribution.ltl = lower;
+    distribution.utl = upper;
+    std::string cause;
+    if (!distribution.ParamsOK(cause)) throw std::invalid_argument(cause);
+  };
+  const auto given = [&](std::size_t i) {
+    return i < parameters.size() ? parameters[i] : Variant{};
+  };
+
+  if (type == "PERT") {
+    validate("Triangular", parameters, ltl, utl);
+    return Law(pertLaw(distribution.staticParams_, distribution.staticLimits_));
+  }
+  if (type == "LognormalMean") {
+    // Types that ask the same of a mean, a standard deviation and a minimum.
+    const std::array moments{given(0), given(1), Variant(0), Variant(3)};
+    validate("Johnson", moments, {}, {});
+    const auto [mean, sd, skewness, kurtosis] = distribution.staticParams_;
+    const std::array minimum{Variant(1), given(2)};
+    validate("Exponential", minimum, {}, {});
+    const Parameters p = asLognormal(mean, sd, distribution.staticParams_[1]);
+    const std::array lognormal{Variant(p[0]), Variant(p[1]), Variant(p[2])};
+    validate("Lognormal", lognormal, ltl, utl);
+    return Law(distribution.law().law_->named("LognormalMean"));
+  }
+  try {
+    validate(type, parameters, ltl, utl);
+  } catch (const RuntimeError& error) {
+    const bool isFit = error.source().find("m_Johnson.") != std::string::npos;
+    if (isFit) throw std::invalid_argument(noCurve);
+    throw;
+  }
+  return distribution.law();
+}
+
+Law c_Distribution::law() const {
+  if (!paramsOk_) throw std::logic_error("A law needs parameters that ParamsOK has let pass.");
+  const Family* const family = family_;  // a cell that answers may set another one
+  const Limits limits = currentLimits();
+  const std::size_t read = family->parametersRead;
+  const Parameters p = currentParameters(read);
+  if (Dynamic && read > 0) return Law(checkedLaw(family->name, std::span(p).first(read), limits));
+  return Law(lawOf(*family, p, fitted_, limits));
+}
 
 }  // namespace palvex

@@ -12,6 +12,9 @@
 
 namespace palvex {
 
+class c_Distribution;
+struct CatalogueEntry;
+
 namespace laws {
 class AnyLaw;
 }
@@ -105,7 +108,10 @@ class Law {
 
  private:
   friend class c_Distribution;
-  friend class LawMaker;
+  friend Law makeLaw(std::string_view type, std::span<const Variant> parameters, const Variant& ltl,
+                     const Variant& utl);
+  friend Law makeLaw(const CatalogueEntry& type, std::span<const double> parameters,
+                     const Limits& limits);
   explicit Law(std::shared_ptr<const laws::AnyLaw> law);
 
   std::shared_ptr<const laws::AnyLaw> law_;

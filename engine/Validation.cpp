@@ -37,12 +37,14 @@ bool equalLimits(const Variant& lower, const Variant& upper) {
 
 bool c_Distribution::ParamsOK(std::string& errCause) try {
   errCause.clear();
+  paramsOk_ = false;
   // A cell that answers may set another type: this check goes on with the one it began with.
   const CatalogueEntry* const entry = entry_;
   const Family* const family = family_;
   errCause = typeFault(entry, family);
   if (errCause.empty()) errCause = limitsFault(*family);
-  return errCause.empty();
+  paramsOk_ = errCause.empty();
+  return paramsOk_;
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.ParamsOK");
 }

@@ -39,6 +39,7 @@ void c_Distribution::distType(std::string_view name) {
   }
   entry_ = entry;
   family_ = findFamily(name);
+  paramsOk_ = false;
   dropPrepared();
 }
 

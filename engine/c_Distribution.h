@@ -10,6 +10,7 @@
 
 #include "engine/Catalogue.h"
 #include "engine/Family.h"
+#include "engine/Law.h"
 #include "runtime/Limits.h"
 #include "runtime/Object.h"
 #include "runtime/Variant.h"
@@ -82,6 +83,14 @@ class c_Distribution {
   /// fault
   bool ParamsOK(std::string& errCause);
 
+  /// The law itself, between the limits, of what ParamsOK has let pass; with Dynamic true of the
+  /// values as they are now.
+  /// @throws std::logic_error unless ParamsOK last let the parameters pass
+  /// @throws std::invalid_argument for a law that has no probability between its limits, a Johnson
+  ///         fit without a curve, and live values that ParamsOK would not let pass
+  /// @throws RuntimeError when a live cell does not answer
+  [[nodiscard]] Law law() const;
+
   // ---- evaluation; 0 without a type ----
 
   /// The density at x, 0 where the limits cut x away; not rescaled by the probability that they
@@ -147,6 +156,9 @@ class c_Distribution {
   void GraphOL(std::int16_t i, double value) { setPoint(graphOL_, i, value); }
 
  private:
+  friend Law makeLaw(std::string_view type, std::span<const Variant> parameters, const Variant& ltl,
+                     const Variant& utl);
+
   using Series = std::vector<double>;
   using Parameters = std::array<double, 4>;
   /// What validation lets pass as a parameter or limit.
@@ -214,6 +226,7 @@ class c_Distribution {
   const CatalogueEntry* entry_ = nullptr;
   const Family* family_ = nullptr;
 
+  bool paramsOk_ = false;  // what ParamsOK last answered, for this type
   Parameters staticParams_{};
   Variant staticLtl_;
   Variant staticUtl_;

@@ -136,43 +136,44 @@ class Kept final : public AnyLaw {
     return in(pieces_[0]) || (count_ > 1 && in(pieces_[1]));
   }
 
+  /// An end of a piece: its last value, and the tails there.
+  struct Cut {
+    double value;
+    Tails tails;
+  };
+
   void findPieces() {
-    support_ = law_.support();
-    if (support_.lower == support_.upper) {  // a point mass
-      add({support_.lower, support_.upper}, {0, 1}, {1, 0});
-      return;
-    }
-    const auto lower = limits_.lower > support_.lower ? limits_.lower : std::nullopt;
-    const auto upper =
-        limits_.upper && *limits_.upper < support_.upper ? limits_.upper : std::nullopt;
-    if (limits_.reversed()) {
-      if (*limits_.upper > support_.lower) addBetween({}, upper);
-      if (*limits_.lower < support_.upper) addBetween(lower, {});
+    const Support whole = law_.support();
+    const Cut lowest{whole.lower, {0, 1}};
+    const Cut highest{whole.upper, {1, 0}};
+    const auto cutAt = [&](const std::optional<double>& limit, const Cut& otherwise) {
+      const double value = limit.value_or(otherwise.value);
+      if (!(whole.lower < value && value < whole.upper)) return otherwise;
+      return Cut{value, law_.tails(value)};
+    };
+    const Cut lower = cutAt(limits_.lower, lowest);
+    const Cut upper = cutAt(limits_.upper, highest);
+    if (!limits_.reversed()) {
+      // Limits that touch the support in one point keep nothing of it.
+      const bool touches = limits_.lower.value_or(-infinity) >= whole.upper ||
+                           limits_.upper.value_or(infinity) <= whole.lower;
+      if (!touches || whole.lower == whole.upper) add(lower, upper);
     } else {
-      addBetween(lower, upper);
+      if (*limits_.upper > whole.lower) add(lowest, upper);
+      if (*limits_.lower < whole.upper) add(lower, highest);
     }
     if (count_ == 0) return;
-    const auto end = [](double value, double whole, bool included) {
-      return value == whole ? included : true;
-    };
-    const double first = pieces_[0].values.lower;
-    const double last = pieces_[count_ - 1].values.upper;
-    support_ = {first, last, end(first, support_.lower, support_.lowerIncluded),
-                end(last, support_.upper, support_.upperIncluded)};
+    support_ = {pieces_[0].values.lower, pieces_[count_ - 1].values.upper};
+    support_.lowerIncluded = support_.lower > whole.lower || whole.lowerIncluded;
+    support_.upperIncluded = support_.upper < whole.upper || whole.upperIncluded;
   }
 
-  /// Adds the piece between two limits that lie in the support, or none.
-  void addBetween(std::optional<double> lower, std::optional<double> upper) {
-    Interval values{lower.value_or(support_.lower), upper.value_or(support_.upper)};
-    if (!(values.lower < values.upper)) return;
-    add(values, lower ? law_.tails(*lower) : Tails{0, 1}, upper ? law_.tails(*upper) : Tails{1, 0});
-  }
-
-  void add(Interval values, const Tails& atLower, const Tails& atUpper) {
-    const double probability = difference(atLower, atUpper);
+  void add(const Cut& lower, const Cut& upper) {
+    const double probability = difference(lower.tails, upper.tails);
     if (!(probability > 0)) return;
+    Interval values{lower.value, upper.value};
     if constexpr (requires { law_.valuesIn(values); }) values = law_.valuesIn(values);
-    pieces_[count_++] = {values, atLower, atUpper, probability};
+    pieces_[count_++] = {values, lower.tails, upper.tails, probability};
     probability_ += probability;
   }
 
