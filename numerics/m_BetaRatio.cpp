@@ -18,6 +18,12 @@ namespace {
 
 constexpr double eps = 1e-15;  // the precision that the choice of method reckons with
 constexpr double precision = std::numeric_limits<double>::epsilon();
+/// From this shape on the asymptotic series of gamma ratios is used; a smaller one is made larger
+/// by so many steps of 1.
+constexpr double largeShape = 15;
+constexpr int stepsToLarge = 20;
+/// Above it both shapes must be for the expansion around the mean.
+constexpr double aroundMeanShape = 100;
 constexpr int patience = 20000;  // far beyond what any series here takes
 
 /// Relative size of the last term of a series that is summed to full precision.
@@ -25,6 +31,10 @@ constexpr double lastTerm = precision / 2;
 
 double logarithm(double x, double y) {
   return y <= 0.375 ? alnrel(-y) : std::log(x);
+}
+
+double largeEnough(double shape) {
+  return shape > largeShape ? shape : shape + stepsToLarge;
 }
 
 double complement(double w) {
@@ -273,6 +283,12 @@ double BetaPower::head(double x, double y, double shape) const {
   return scaledPowers(scale, withAllDigits(x, y), shape, {1}, 0);
 }
 
+double BetaPower::logBeta() const {
+  const double logScale = std::log(scale_);
+  if (isAroundMean_) return a_ * std::log(meanX_) + b_ * std::log(meanY_) - logScale;
+  return -std::min(a_, b_) * std::log(base_) - logScale;
+}
+
 double BetaPower::headX(double x, double y) const {
   return head(x, y, a_);
 }
@@ -297,6 +313,12 @@ ContinuedFraction::Steps ContinuedFraction::steps(double n) const {
     result.share[i] = share;
   }
   return result;
+}
+
+void ContinuedFraction::prepare() {
+  for (; known_ < keptPairs; ++known_) {
+    steps_[static_cast<std::size_t>(known_)] = steps(2 * known_ + 1);
+  }
 }
 
 double ContinuedFraction::operator()(double x, double lambda) {
@@ -345,6 +367,10 @@ double LargeShape::coefficient(std::size_t n) {
     d_[next] = (b_ - 1) * inverseFactorials[next] + sum / order;
   }
   return d_[n];
+}
+
+void LargeShape::prepare() {
+  static_cast<void>(coefficient(terms));
 }
 
 double LargeShape::power(double x, double y, double lnx, double z) const {
@@ -423,6 +449,10 @@ void AroundMean::extend() {
   known_ += 2;
 }
 
+void AroundMean::prepare() {
+  while (known_ + 2 < terms) extend();
+}
+
 double AroundMean::operator()(double lambda) {
   constexpr double e1 = std::numbers::sqrt2 / 4;
   const double f = a_ * rlog1(-lambda / a_) + b_ * rlog1(lambda / b_);
@@ -451,14 +481,14 @@ double AroundMean::operator()(double lambda) {
 
 // ---- the choice of method ----
 
-Tails IncompleteBeta::operator()(double x, double y) {
-  if (a_ == b_ && x == y) return {0.5, 0.5};
+BetaPoint IncompleteBeta::tailsAt(double x, double y) const {
+  if (a_ == b_ && x == y) return {{0.5, 0.5}, unknown};
   const double high = std::max(a_, b_);
   if (std::isinf(high)) {
     // All the mass at 1, at 0, or for two infinite shapes in the middle.
-    return std::isinf(a_) && (!std::isinf(b_) || x < y) ? Tails{0, 1} : Tails{1, 0};
+    return {std::isinf(a_) && (!std::isinf(b_) || x < y) ? Tails{0, 1} : Tails{1, 0}, 0};
   }
-  if (high < 1e-3 * eps) return {b_ / (a_ + b_), a_ / (a_ + b_)};
+  if (high < 1e-3 * eps) return {{b_ / (a_ + b_), a_ / (a_ + b_)}, unknown};
 
   const bool small = std::min(a_, b_) <= 1;
   const double lambda = small ? 0 : distance(a_, b_, sum_, x, y);
@@ -466,8 +496,35 @@ Tails IncompleteBeta::operator()(double x, double y) {
   Side& side = sides_[mirrored ? 1 : 0];
   const double u = mirrored ? y : x;
   const double v = mirrored ? x : y;
-  const Tails tails = small ? smallShapes(side, u, v) : largeShapes(side, u, v, std::abs(lambda));
-  return mirrored ? Tails{tails.upper, tails.lower} : tails;
+  BetaPoint point = small ? BetaPoint{smallShapes(side, u, v), unknown}
+                          : largeShapes(side, u, v, std::abs(lambda));
+  if (mirrored) std::swap(point.tails.lower, point.tails.upper);
+  return point;
+}
+
+BetaPoint IncompleteBeta::at(double x, double y) const {
+  BetaPoint point = tailsAt(x, y);
+  if (point.power == unknown) point.power = power(x, y);
+  return point;
+}
+
+double IncompleteBeta::power(double x, double y) const {
+  return prepared(sides_[0].power, a_, b_)(x, y);
+}
+
+double IncompleteBeta::logBeta() const {
+  return prepared(sides_[0].power, a_, b_).logBeta();
+}
+
+void IncompleteBeta::prepare() {
+  const double low = std::min(a_, b_);
+  if (!std::isfinite(a_) || !std::isfinite(b_)) return;
+  for (Side& side : sides_) {
+    prepared(side.power, side.a, side.b);
+    if (low > 1) prepared(side.fraction, side.a, side.b).prepare();
+    if (low > aroundMeanShape) prepared(side.aroundMean, side.a, side.b).prepare();
+    if (side.a <= 1) prepared(side.large, largeEnough(side.b), side.a).prepare();
+  }
 }
 
 Tails IncompleteBeta::smallShapes(Side& side, double x, double y) {
@@ -488,20 +545,22 @@ Tails IncompleteBeta::smallShapes(Side& side, double x, double y) {
     if (x < 0.1 && std::pow(x * b, a) <= 0.7) return series();
   }
   // I_y(b, a), whose first shape is made large by steps of 1 where it is not.
-  if (b > 15) return fromUpper(prepared(side.large, b, a).addedTo(0, y, x));
-  constexpr int steps = 20;
-  const double first = power(x, y) * (stepSum(b, a, y, x, steps) / b);
-  return fromUpper(prepared(side.large, b + steps, a).addedTo(first, y, x));
+  LargeShape& large = prepared(side.large, largeEnough(b), a);
+  if (b > largeShape) return fromUpper(large.addedTo(0, y, x));
+  const double first = power(x, y) * (stepSum(b, a, y, x, stepsToLarge) / b);
+  return fromUpper(large.addedTo(first, y, x));
 }
 
-Tails IncompleteBeta::largeShapes(Side& side, double x, double y, double lambda) {
+BetaPoint IncompleteBeta::largeShapes(Side& side, double x, double y, double lambda) {
   const double a = side.a;
   const double b = side.b;
   const double low = std::min(a, b);
-  if (low > 100 && lambda <= 0.03 * low) return fromLower(prepared(side.aroundMean, a, b)(lambda));
+  if (low > aroundMeanShape && lambda <= 0.03 * low) {
+    return {fromLower(prepared(side.aroundMean, a, b)(lambda)), unknown};
+  }
   const double power = prepared(side.power, a, b)(x, y);
-  if (power == 0) return {0, 1};
-  return fromLower(power * prepared(side.fraction, a, b)(x, lambda));
+  if (power == 0) return {{0, 1}, 0};
+  return {fromLower(power * prepared(side.fraction, a, b)(x, lambda)), power};
 }
 
 }  // namespace palvex::m_Beta

@@ -13,6 +13,12 @@ struct Tails {
   double upper;
 };
 
+/// The tails at x and x^a y^b / Beta(a, b), which is x y times the density.
+struct BetaPoint {
+  Tails tails;
+  double power;
+};
+
 /// x^a y^b / Beta(a, b) for y = 1 - x, with everything in it that depends on the shapes alone.
 ///
 /// Relative error 5e-15 + 2e-16 K, K = |a - (a + b) x| / max(x, y) being the condition number in
@@ -29,6 +35,8 @@ class BetaPower {
   [[nodiscard]] double headX(double x, double y) const;
   /// y^b / (b Beta(a, b)), when a shape is below 8.
   [[nodiscard]] double headY(double x, double y) const;
+  /// ln Beta(a, b), for the starts of iterations.
+  [[nodiscard]] double logBeta() const;
 
  private:
   [[nodiscard]] double aroundMean(double x, double y) const;
@@ -55,6 +63,7 @@ class LargeShape {
 
   /// w + I_x(a, b), to the precision of the sum.
   [[nodiscard]] double addedTo(double w, double x, double y);
+  void prepare();
 
  private:
   double coefficient(std::size_t n);
@@ -80,6 +89,7 @@ class ContinuedFraction {
 
   /// @param lambda  a - (a + b) x, >= 0
   [[nodiscard]] double operator()(double x, double lambda);
+  void prepare();
 
  private:
   /// What steps n and n + 1 take from the shapes: a numerator is alpha (x / mean)^2, a denominator
@@ -109,6 +119,7 @@ class AroundMean {
 
   /// @param lambda  a - (a + b) x, >= 0
   [[nodiscard]] double operator()(double lambda);
+  void prepare();
 
  private:
   void extend();
@@ -149,7 +160,18 @@ class IncompleteBeta {
   /// Both tails at x. Never NaN, never endless.
   /// @param x  0 < x < 1
   /// @param y  1 - x
-  [[nodiscard]] Tails operator()(double x, double y);
+  [[nodiscard]] Tails operator()(double x, double y) const { return tailsAt(x, y).tails; }
+  /// The same with the power in front of them.
+  [[nodiscard]] BetaPoint at(double x, double y) const;
+  /// x^a y^b / Beta(a, b): see BetaPower.
+  /// @param x, y  shapes are finite
+  [[nodiscard]] double power(double x, double y) const;
+  /// ln Beta(a, b) of finite shapes, for the starts of iterations.
+  [[nodiscard]] double logBeta() const;
+
+  /// Works out everything that any x could need. From then on no call changes the object, and
+  /// threads may share it.
+  void prepare();
 
   [[nodiscard]] double a() const noexcept { return a_; }
   [[nodiscard]] double b() const noexcept { return b_; }
@@ -164,13 +186,15 @@ class IncompleteBeta {
     std::optional<ContinuedFraction> fraction = {};
     std::optional<AroundMean> aroundMean = {};
   };
+  static constexpr double unknown = -1;  // a power that the method did not need
+  [[nodiscard]] BetaPoint tailsAt(double x, double y) const;
   static Tails smallShapes(Side& side, double x, double y);
-  static Tails largeShapes(Side& side, double x, double y, double lambda);
+  static BetaPoint largeShapes(Side& side, double x, double y, double lambda);
 
   double a_;
   double b_;
   Twofold sum_;  // of the shapes
-  std::array<Side, 2> sides_;
+  mutable std::array<Side, 2> sides_;
 };
 
 }  // namespace palvex::m_Beta

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+/// The point where a tail has a given probability, for laws whose density is log-concave in a
+/// variable t that runs over the whole line: ln x for gamma laws, ln(x/(1 - x)) for beta laws.
+namespace palvex {
+
+/// A tail that grows with t, at one t.
+struct Tail {
+  double probability;
+  double density;    // its derivative
+  double slope;      // of ln density
+  double curvature;  // of ln density, with the sign turned: >= 0
+};
+
+/// How far to go in t.
+struct TailStep {
+  double change;
+  double error;  // the size of the first term that is neglected
+};
+
+/// From a tail of this probability to the one that is asked for: the series, to the third order, of
+/// t as a function of ln P. One order beyond Halley's step at no further evaluation.
+inline TailStep tailStep(const Tail& tail, double target) noexcept {
+  const double relative = (target - tail.probability) / tail.probability;
+  const double logarithm = std::abs(relative) < 0.5 ? std::log1p(relative)
+                                                    : std::log(target) - std::log(tail.probability);
+  const double hazard = tail.density / tail.probability;  // d ln P / dt
+  const double newton = logarithm / hazard;
+  const double bend = tail.slope - hazard;
+  const double scale =
+      std::abs(newton) * std::max({std::abs(bend), std::sqrt(tail.curvature), hazard, 1.0});
+  if (!(scale < 0.5)) return {newton, std::abs(newton)};
+  const double third = tail.curvature + bend * (hazard + 2 * bend);
+  return {newton * (1 - newton * (bend / 2 - newton * third / 6)),
+          std::abs(newton) * scale * scale * scale};
+}
+
+/// Moves a point until the tail there is `target`. ln P is concave in t, so that steps from the
+/// left never go too far, and those from the right are bounded; 100 steps at most.
+/// @param tailAt  point -> Tail
+/// @param moved   (point, change of t) -> point
+template <class Point, class TailAt, class Moved>
+Point tailQuantile(Point point, double target, TailAt&& tailAt, Moved&& moved) noexcept {
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  constexpr double precision = std::numeric_limits<double>::epsilon() / 2;
+  double left = -infinity;  // how far from the point the quantile may be
+  double right = infinity;
+  double longest = 4;
+  for (int steps = 0; steps < 100; ++steps) {
+    const Tail tail = tailAt(point);
+    if (tail.probability == target) break;
+    const bool isLeft = tail.probability < target;
+    (isLeft ? left : right) = 0;
+    TailStep step{isLeft ? infinity : -infinity, infinity};
+    if (tail.probability > 0 && tail.density > 0) step = tailStep(tail, target);
+    if (!(step.change >= -longest && step.change < infinity)) {
+      step = {isLeft ? longest : -longest, infinity};
+      longest *= 2;
+    }
+    if (!(left <= step.change && step.change <= right)) step = {(left + right) / 2, infinity};
+    point = moved(point, step.change);
+    if (step.error <= precision || std::abs(step.change) <= precision) break;
+    left -= step.change;
+    right -= step.change;
+  }
+  return point;
+}
+
+}  // namespace palvex
