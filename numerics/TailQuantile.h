@@ -62,8 +62,10 @@ Point tailQuantile(Point point, double target, TailAt&& tailAt, Moved&& moved) n
       longest *= 2;
     }
     if (!(left <= step.change && step.change <= right)) step = {(left + right) / 2, infinity};
-    point = moved(point, step.change);
-    if (step.error <= precision || std::abs(step.change) <= precision) break;
+    const Point next = moved(point, step.change);
+    const bool stands = next == point;
+    point = next;
+    if (stands || step.error <= precision) break;
     left -= step.change;
     right -= step.change;
   }

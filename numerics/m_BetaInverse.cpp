@@ -15,6 +15,8 @@ namespace palvex::m_Beta {
 
 namespace {
 
+constexpr double smallest = std::numeric_limits<double>::min();
+
 /// The fraction whose odds x/y are e^t times those of `at`.
 Fraction moved(const Fraction& at, double t) {
   if (t < 0) {
@@ -23,7 +25,7 @@ Fraction moved(const Fraction& at, double t) {
   }
   const double y = at.y * std::exp(-t);  // where x e^t could overflow
   const double total = at.x + y;
-  return {at.x / total, y / total};
+  return {at.x / total, std::max(y / total, smallest)};
 }
 
 /// x and y for the odds x/y = e^t.
@@ -53,14 +55,14 @@ bool isShort(double u, double second, double bound) {
 
 InverseBeta::InverseBeta(double a, double b) : ratio_(a, b) {
   ratio_.prepare();
-  const double logBeta = ratio_.logBeta();
+  const double logBeta = std::isfinite(a) && std::isfinite(b) ? ratio_.logBeta() : 0;
   sides_ = {side(a, b, logBeta), side(b, a, logBeta)};
 }
 
 InverseBeta::Side InverseBeta::side(double a, double b, double logBeta) {
   const double next = a + 1;
   const double second = (b - 1) / next;
-  const double third = second * ((a + 3 * b - 1) * a + 5 * b - 4) / (2 * next * (a + 2));
+  const double third = ((a + 3 * b - 1) * (a / next) + (5 * b - 4) / next) / (2 * (a + 2));
   return {.a = a, .b = b, .logScale = std::log(a) + logBeta, .second = second, .third = third};
 }
 
@@ -69,7 +71,7 @@ Fraction InverseBeta::start(const Side& side, const Side& other, double p, doubl
   const double u = std::exp(logPower);
   const bool isNormal = std::min(side.a, side.b) > 1.5;
   if (isShort(u, side.second, isNormal ? 0.2 : 0.35)) {
-    const double x = u * (1 + u * (side.second + u * side.third));
+    const double x = u * (1 + side.second * u * (1 + side.third * u));
     return {x, 1 - x};
   }
   if (isNormal) {
@@ -78,7 +80,7 @@ Fraction InverseBeta::start(const Side& side, const Side& other, double p, doubl
   }
   const double v = std::exp((std::log(q) + other.logScale) / other.a);
   if (isShort(v, other.second, 0.35) || logPower >= 0) {
-    const double y = std::min(v * (1 + v * other.second), 0.9);
+    const double y = std::clamp(v * (1 + v * other.second), smallest, 0.9);
     return {1 - y, y};
   }
   return {u, -std::expm1(logPower)};
@@ -113,10 +115,11 @@ Fraction InverseBeta::operator()(double p, double q) const noexcept {
     return {mirrored ? large : small, mirrored ? small : large};
   }
   const Fraction first = start(side, sides_[mirrored ? 0 : 1], target, mirrored ? p : q);
-  if (first.x < std::numeric_limits<double>::min()) {
-    return mirrored ? Fraction{1, first.x} : Fraction{first.x, 1};
-  }
+  if (first.x <= smallest) return mirrored ? Fraction{1, 0} : Fraction{0, 1};
   const Fraction found = tailQuantile(first, target, tailAt, moved);
+  if (found.x <= smallest || found.y <= smallest) {
+    return (found.x < found.y) == mirrored ? Fraction{1, 0} : Fraction{0, 1};
+  }
   return mirrored ? Fraction{found.y, found.x} : found;
 }
 

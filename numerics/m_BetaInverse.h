@@ -10,6 +10,8 @@ namespace palvex::m_Beta {
 struct Fraction {
   double x;
   double y;  // 1 - x
+
+  friend bool operator==(const Fraction&, const Fraction&) = default;
 };
 
 /// The incomplete beta ratio of two shapes and its inverse, prepared: no call changes it, so that
@@ -19,8 +21,8 @@ struct Fraction {
 /// normal approximation or the bound of a tail, by third-order steps that use the density. It takes
 /// two or three evaluations of the ratio as a rule. For K = P/|x f(x)|, the condition number of x
 /// in the smaller of p and q, and likewise for y, the relative error of x and of y is at most 1e-13
-/// max(1, K) for shapes from 1e-2 to 1e5 and probabilities from 1e-300 on. A quantile below the
-/// doubles is 0.
+/// max(1, K) for shapes from 1e-2 to 1e5 and probabilities from 1e-300 on. What is
+/// below the normal doubles is 0.
 class InverseBeta {
  public:
   /// @param a, b  > 0, infinity included
@@ -38,7 +40,8 @@ class InverseBeta {
     double a;
     double b;
     double logScale;  // ln(a Beta(a, b))
-    double second;    // coefficients of x as a series in (a Beta(a, b) p)^(1/a)
+    // x = u (1 + second u (1 + third u + ..)), a series in u = (a Beta(a, b) p)^(1/a)
+    double second;
     double third;
   };
   static Side side(double a, double b, double logBeta);

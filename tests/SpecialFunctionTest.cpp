@@ -13,6 +13,7 @@
 
 #include "Routines.h"
 #include "families/m_Beta.h"
+#include "numerics/m_BetaInverse.h"
 #include "numerics/m_Integration.h"
 #include "numerics/m_MathUtil.h"
 #include "numerics/m_RootFinding.h"
@@ -133,6 +134,10 @@ TEST(SpecialFunctions, BetaRatioAgreesWithReferences) {
       if (tail[i] < 1e-300) allowed = 1e-8;
       EXPECT_NEAR(found[i] / tail[i], 1, allowed) << i << ' ' << line;
     }
+    const double k = conditioning[tail[0] < tail[1] ? 0 : 1];
+    if (std::min(tail[0], tail[1]) < 1e-300 || k < 1e-10) continue;
+    const m_Beta::Fraction at = m_Beta::InverseBeta(a, b)(tail[0], tail[1]);
+    EXPECT_NEAR((side == "x" ? at.x : at.y) / u, 1, 1e-13 * std::max(1.0, 1 / k)) << line;
   }
   EXPECT_GT(points, 3200);
 }
@@ -160,9 +165,11 @@ TEST(SpecialFunctions, BetaRatioHoldsItsIdentities) {
     EXPECT_NEAR(lower, betaRatio(a, b + 1, x, y)[0] - power / b, allowed + 1e-12 * power / b);
     // What is prepared for a pair of shapes gives the same bits as two fresh ones.
     m_Beta::Shapes shapes(a, b);
+    const m_Beta::InverseBeta inverse(a, b);
     for (const double kept : {x, 0.3, x}) {
       if (a == 1 || b == 1) continue;
       EXPECT_EQ(m_Beta::BetaCDF(kept, shapes, false), m_Beta::BetaCDF(kept, a, b, false));
+      EXPECT_EQ(inverse.ratio()(kept, 1 - kept).lower, betaRatio(a, b, kept, 1 - kept)[0]);
     }
   }
   // Any shapes and ends give two tails that rise with x, symmetric where the shapes are equal.
@@ -183,6 +190,20 @@ TEST(SpecialFunctions, BetaRatioHoldsItsIdentities) {
       }
     }
     EXPECT_EQ(betaRatio(a, a, 0.5, 0.5), (Tails{0.5, 0.5})) << a;
+  }
+  // So does their inverse at any probabilities.
+  for (const double a : shapes) {
+    for (const double b : shapes) {
+      const m_Beta::InverseBeta inverse(a, b);
+      m_Beta::Fraction previous{0, 1};
+      for (const double p : {0.0, 5e-324, 1e-300, 1e-30, 1e-16, 1e-3, 0.1, 0.4, 0.5, 0.9, 1.0}) {
+        const m_Beta::Fraction at = inverse(p, 1 - p);
+        SCOPED_TRACE(testing::Message() << a << ' ' << b << ' ' << p);
+        EXPECT_NEAR(at.x + at.y, 1, 2.3e-16);
+        EXPECT_GE(at.x, previous.x * (1 - 1e-15));
+        previous = at;
+      }
+    }
   }
 }
 
