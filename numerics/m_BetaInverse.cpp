@@ -3,7 +3,9 @@
 #include "numerics/m_BetaInverse.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <numbers>
 #include <utility>
@@ -44,6 +46,14 @@ double carter(double a, double b, double z) {
   const double h = 2 / (s + t);
   const double r = (z * z - 3) / 6;
   return z * std::sqrt(h + r) / h + (t - s) * (r + 5.0 / 6 - 2 / (3 * h));
+}
+
+/// The quantile of the arcsine law.
+Fraction arcsine(double p, double q) {
+  const double root = std::sin(std::min(p, q) * (std::numbers::pi / 2));
+  const std::array<double, 2> parts{root * root, 1 - root * root};
+  const std::size_t x = p <= q ? 0 : 1;  // no jump that random numbers make unpredictable
+  return {parts[x], parts[1 - x]};
 }
 
 /// Whether the series x = u (1 + second u + ..) is near enough to its end after three terms.
@@ -92,6 +102,7 @@ Fraction InverseBeta::operator()(double p, double q) const noexcept {
     constexpr double nan = std::numeric_limits<double>::quiet_NaN();
     return {nan, nan};
   }
+  if (a == 0.5 && b == 0.5) return arcsine(p, q);
   if (p == 0) return {0, 1};
   if (q == 0) return {1, 0};
   if (std::isinf(a) || std::isinf(b)) {
@@ -108,12 +119,6 @@ Fraction InverseBeta::operator()(double p, double q) const noexcept {
                 .slope = side.a * at.y - side.b * at.x,
                 .curvature = (side.a + side.b) * at.x * at.y};
   };
-  if (a == 0.5 && b == 0.5) {  // the arcsine law
-    const double root = std::sin(target * (std::numbers::pi / 2));
-    const double small = root * root;
-    const double large = 1 - small;
-    return {mirrored ? large : small, mirrored ? small : large};
-  }
   const Fraction first = start(side, sides_[mirrored ? 0 : 1], target, mirrored ? p : q);
   if (first.x <= smallest) return mirrored ? Fraction{1, 0} : Fraction{0, 1};
   const Fraction found = tailQuantile(first, target, tailAt, moved);
