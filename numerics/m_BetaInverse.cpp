@@ -119,7 +119,8 @@ Fraction InverseBeta::operator()(double p, double q) const noexcept {
                 .slope = side.a * at.y - side.b * at.x,
                 .curvature = (side.a + side.b) * at.x * at.y};
   };
-  const Fraction first = start(side, sides_[mirrored ? 0 : 1], target, mirrored ? p : q);
+  Fraction first = start(side, sides_[mirrored ? 0 : 1], target, mirrored ? p : q);
+  if (!(first.x >= 0 && first.y >= 0)) first = {0.5, 0.5};  // shapes near the greatest double
   if (first.x <= smallest) return mirrored ? Fraction{1, 0} : Fraction{0, 1};
   const Fraction found = tailQuantile(first, target, tailAt, moved);
   if (found.x <= smallest || found.y <= smallest) {
