@@ -99,7 +99,7 @@ class Law {
   [[nodiscard]] double mean() const;
   [[nodiscard]] double sd() const;
 
-  /// A draw, so that a Law serves where a distribution of <random> does.
+  /// A draw, so that a Law serves where a distribution of the header `<random>` does.
   template <std::uniform_random_bit_generator Bits>
   double operator()(Bits& bits) const {
     std::uniform_int_distribution<std::uint64_t> integers(0, (std::uint64_t{1} << 52) - 1);

@@ -7,3 +7,4 @@
 #include "engine/LawTypes.h"
 #include "engine/c_Distribution.h"
 #include "palvex/version.h"
+#include "runtime/Cells.h"

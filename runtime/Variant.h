@@ -52,7 +52,7 @@ class Variant {
 
   /// An optional argument that was left out.
   static const Variant& missing() noexcept;
-  /// A worksheet error value, such as 2042 for #N/A.
+  /// A worksheet error value, such as 2042 for "not available".
   static Variant error(std::int32_t code) noexcept;
   /// A one-dimensional array of empties with the indices 1..n; error 9 for n < 0.
   static Variant array(std::int32_t n, Line line = Line::here());
