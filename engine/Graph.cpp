@@ -39,8 +39,8 @@ std::pair<double, double> c_Distribution::plotRange(double numSD, Line caller) c
   if (support.lower > support.upper) raise(fault::invalidCall);
   if (support.lower == support.upper) {
     const double only = support.lower;
-    return {std::min(only - 1, std::nextafter(only, -infinity)),
-            std::max(only + 1, std::nextafter(only, infinity))};
+    return {checked(std::min(only - 1, std::nextafter(only, -infinity))),
+            checked(std::max(only + 1, std::nextafter(only, infinity)))};
   }
 
   const double deviations = numSD > 0 ? numSD : defaultNumSD;
@@ -64,7 +64,7 @@ std::pair<double, double> c_Distribution::plotRange(double numSD, Line caller) c
     if (lowerOpen) lower = away(kept, -1);
     if (upperOpen) upper = away(kept, 1);
   }
-  return {lower, std::max(upper, std::nextafter(lower, infinity))};
+  return {lower, checked(std::max(upper, std::nextafter(lower, infinity)))};
 } catch (RuntimeError& error) {
   error.leave(caller);
 }

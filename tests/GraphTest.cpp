@@ -56,51 +56,6 @@ std::shared_ptr<FakeRange> someBins() {
   return block(3, {0, 1, 2, 2, 3, 1, 3, 5, 4});
 }
 
-TEST(PlotRange, EndsAtLimitsFiniteEndsOrDeviations) {
-  // Of the standard normal law beyond 30, from its Mills ratio by arbitrary precision.
-  const double farMean = 30.033259667433677;
-  const double farSd = 0.033223056931746829;
-  const struct {
-    Law law;
-    double numSD, from, to;
-  } cases[] = {
-      {{"Normal", {10, 2}}, 4, 2, 18},
-      {{"Normal", {10, 2}}, 0, 2, 18},
-      {{"Normal", {10, 2}}, -1, 2, 18},
-      {{"Normal", {10, 2}}, 1, 8, 12},
-      {{"Normal", {10, 2}, 7}, 4, 7, 18},
-      {{"Normal", {10, 2}, 7, 11}, 4, 7, 11},
-      {{"Normal", {10, 2}, 11, 7}, 4, 2, 18},  // reversed
-      {{"Normal", {0, 1}, 30}, 4, 30, farMean + 4 * farSd},
-      {{"Normal", {0, 1}, {}, -30}, 4, -farMean - 4 * farSd, -30},
-      {{"Normal", {3, 0}}, 4, 2, 4},
-      {{"Uniform", {2, 8}}, 4, 2, 8},
-      {{"Uniform", {2, 8}, 1, 5}, 4, 2, 5},
-      {{"Uniform", {5, 5}}, 4, 4, 6},
-      {{"Triangular", {0, 2, 10}, "-Infinity", 12}, 4, 0, 10},
-      {{"Exponential", {.5, 1}}, 3, 1, 9},
-      {{"Exponential", {.5, 1}, 100}, 3, 100, 108},
-      {{"Histogram", {someBins(), "Bins and Counts (3 cols)"}, {}, 4}, 4, 0, 4},
-      {{"Histogram", {cell(1e300), "Raw Data"}},
-       4,
-       std::nextafter(1e300, 0),
-       std::nextafter(1e300, infinity)},
-  };
-  for (const auto& c : cases) {
-    c_Distribution d;
-    ASSERT_EQ(set(d, c.law), "") << name(c.law);
-    EXPECT_NEAR(d.XMin(c.numSD), c.from, 1e-9 * std::abs(c.from)) << name(c.law);
-    EXPECT_NEAR(d.XMax(c.numSD), c.to, 1e-9 * std::abs(c.to)) << name(c.law);
-  }
-  c_Distribution none;
-  EXPECT_EQ(none.XMin(), 0);
-  none.distType("Histogram");
-  const auto fault = faultOf([&] { return none.XMax(); });
-  ASSERT_TRUE(fault);
-  EXPECT_EQ(fault->number(), 9);
-  EXPECT_NE(fault->source().find("in palvex.c_Distribution.XMax at line "), std::string::npos);
-}
-
 TEST(PlotRange, BeginsBelowItsEnd) {
   std::mt19937_64 random(5);
   std::uniform_real_distribution<double> uniform;
@@ -180,18 +135,6 @@ TEST(GraphData, HaveEqualStepsBothEndsAndTheDensityOfPdf) {
   EXPECT_EQ(d.GraphPDF(1), 3 * d.pdf(9, true));
 }
 
-TEST(GraphData, OfAPointMassIsThatOfPdf) {
-  c_Distribution d;
-  d.Dynamic = true;  // a limit that leaves nothing does not pass validation
-  d.ResizeArrays(3);
-  for (const char* type : {"Uniform", "Triangular"}) {
-    set(d, {type, {3, 3, 3}, 5});
-    d.CreateGraphData(2, 4);
-    EXPECT_EQ(d.GraphPDF(2), 1) << type;
-    EXPECT_EQ(d.pdf(3), 1) << type;
-  }
-}
-
 TEST(GraphData, TakeNoTimeWhereTheFormulaOverflows) {
   const Law laws[] = {{"Beta", {1e5, 1e5, 0, 1}},
                       {"Gamma", {1e6, 1, 0}},
@@ -211,35 +154,6 @@ TEST(GraphData, TakeNoTimeWhereTheFormulaOverflows) {
       EXPECT_NEAR(area(d, &c_Distribution::GraphPDF), 1, 1e-3) << name(law);
     }
   }
-}
-
-TEST(GraphData, StayAsTheyWereOnFailure) {
-  c_Distribution d;
-  ASSERT_EQ(set(d, {"Normal", {0, 1}}), "");
-  const struct {
-    double from, to;
-    int fault;
-  } cases[] = {{1, 1, 5}, {2, 1, 5}, {nan, 1, 5}, {0, nan, 5}, {0, infinity, 6}, {-infinity, 0, 6}};
-  for (const auto& [from, to, number] : cases) {
-    const auto fault = faultOf([&, a = from, b = to] {
-      d.CreateGraphData(a, b);
-      return 0;
-    });
-    ASSERT_TRUE(fault);
-    EXPECT_EQ(fault->number(), number);
-    EXPECT_TRUE(
-        fault->source().starts_with("palvex\r\nin palvex.c_Distribution.CreateGraphData at line "));
-    EXPECT_EQ(d.NumPoints(), 0);
-  }
-  d.CreateGraphData(-1, 1);
-  d.distType("Histogram");  // without data
-  EXPECT_EQ(faultNumber([&] {
-              d.CreateGraphData(0, 5);
-              return 0;
-            }),
-            9);
-  EXPECT_EQ(d.NumPoints(), 101);
-  EXPECT_EQ(d.GraphX(101), 1);
 }
 
 // The reported density is a true one, except for types whose density is that of a standardised
@@ -276,62 +190,6 @@ TEST(GraphData, KeptAndCutAreasAreTheProbabilities) {
     const double kept = above > below ? above - below : 1 - below + above;
     EXPECT_NEAR(area(d, &c_Distribution::GraphOL), total, 1e-3 * total) << name(law);
     EXPECT_NEAR(area(d, &c_Distribution::GraphPDF), kept * total, 1e-3 * total) << name(law);
-  }
-}
-
-TEST(GraphData, ShowABinNarrowerThanTheStep) {
-  c_Distribution d;
-  const auto bins = block(3, {0, 50, 1, 50.1, 50.2, 1, 60, 100, 1});
-  ASSERT_EQ(set(d, {"Histogram", {bins, "Bins and Counts (3 cols)"}}), "");
-  d.ResizeArrays(11);
-  d.CreateGraphData(0, 100);
-  EXPECT_EQ(d.pdf(60), d.GraphPDF(8));
-  EXPECT_NEAR(d.GraphPDF(7), 1 / .3, 1e-12);  // at 60, for the bin since 50
-}
-
-TEST(GraphData, HoldWhereADensityOverflowsOrHasAPole) {
-  // The density in the first and last point; by symmetry, by hand, or 0 where it is below the
-  // smallest double.
-  const struct {
-    Law law;
-    double from, to, first, last;
-  } cases[] = {
-      {{"Normal", {0, 1e-170}}, -1e-170, 1e170, 2.4197072451914337e+169, 0},
-      {{"Uniform", {-1.5e308, 1.5e308}}, -1, 1, 1 / 1.5e308 / 2, 1 / 1.5e308 / 2},
-      {{"Triangular", {0, 1e200, 1e200}}, 0, 1e200, 0, 2e-200},
-      {{"Exponential", {1e200, 0}}, 0, 1e200, 1e200, 0},
-      {{"Weibull", {400, 1, 0}}, 1, 20, 400 * std::exp(-1), 0},
-      {{"Lognormal", {0, 1e-170, 0}}, 1, 2, 3.9894228040143268e+169, 0},
-      {{"Johnson", {0, 1, 0, 6}}, -1e9, 1e9, nan, nan},
-      // Poles at the ends: the density half a step (0.05) inside.
-      {{"Gamma", {.5, 2, 0}},
-       0,
-       10,
-       std::exp(-.025) / std::sqrt(M_PI * .025),
-       std::exp(-5) / std::sqrt(M_PI * 5)},
-      {{"Beta", {.5, .5, 0, 10}},
-       0,
-       10,
-       1 / M_PI / std::sqrt(.005 * .995),
-       1 / M_PI / std::sqrt(.005 * .995)},
-      // Half a step is wider than the support: the density at its middle.
-      {{"Beta", {.5, .5, 0, 1}}, 0, 1000, 2 / M_PI, 0},
-  };
-  for (const auto& c : cases) {
-    c_Distribution d;
-    ASSERT_EQ(set(d, c.law), "") << name(c.law);
-    EXPECT_EQ(faultNumber([&] {
-                d.CreateGraphData(c.from, c.to);
-                return 0;
-              }),
-              0)
-        << name(c.law);
-    for (std::int16_t i = 1; i <= d.NumPoints(); ++i)
-      EXPECT_TRUE(std::isfinite(d.GraphPDF(i)) && d.GraphPDF(i) >= 0) << name(c.law) << i;
-    const double first = std::isnan(c.first) ? d.GraphPDF(101) : c.first;
-    const double last = std::isnan(c.last) ? d.GraphPDF(1) : c.last;
-    EXPECT_NEAR(d.GraphPDF(1), first, 1e-9 * first) << name(c.law);
-    EXPECT_NEAR(d.GraphPDF(101), last, 1e-9 * last) << name(c.law);
   }
 }
 

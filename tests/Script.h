@@ -96,14 +96,14 @@ class Row {
     }
     char* end = nullptr;
     const double number = std::strtod(text.c_str(), &end);
-    if (*end == '\0' && text != "infinity") return number;
+    if (*end == '\0' && std::isfinite(number)) return number;  // "Infinity" is a text
     return text;
   }
 
   /// The values up to the end, an arrow or an exclamation mark.
   Values values(const Ranges& ranges = {}) {
     Values found;
-    while (!empty() && !at("->") && !at("!")) found.push_back(value(ranges));
+    while (!empty() && !at("->") && !at("!") && !at("=")) found.push_back(value(ranges));
     return found;
   }
 
