@@ -9,13 +9,26 @@ install(TARGETS palvex EXPORT palvex
         LIBRARY COMPONENT library NAMELINK_COMPONENT development
         ARCHIVE COMPONENT development
         RUNTIME COMPONENT library)
-install(DIRECTORY runtime numerics families laws engine
+set(headers runtime numerics families laws engine)
+if(TARGET palvex_simulation)
+  list(APPEND headers simulation)
+  install(TARGETS palvex_simulation EXPORT palvexSimulation
+          LIBRARY COMPONENT library NAMELINK_COMPONENT development
+          ARCHIVE COMPONENT development
+          RUNTIME COMPONENT library)
+  install(EXPORT palvexSimulation NAMESPACE palvex:: FILE palvexSimulationTargets.cmake
+          DESTINATION ${package_dir} COMPONENT development)
+endif()
+install(DIRECTORY ${headers}
         COMPONENT development
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/palvex
         FILES_MATCHING PATTERN "*.h")
 install(DIRECTORY palvex/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/palvex COMPONENT development
         FILES_MATCHING PATTERN "*.h")
-install(EXPORT palvex NAMESPACE palvex:: FILE palvexConfig.cmake DESTINATION ${package_dir}
+install(EXPORT palvex NAMESPACE palvex:: FILE palvexTargets.cmake DESTINATION ${package_dir}
+        COMPONENT development)
+configure_file(cmake/palvexConfig.cmake.in palvexConfig.cmake @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/palvexConfig.cmake DESTINATION ${package_dir}
         COMPONENT development)
 
 # Before version 1 a new minor version may change the interface.

@@ -21,6 +21,7 @@ set(CPACK_COMPONENT_PROGRAM_DESCRIPTION
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libpalvex-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_RECOMMENDS libmuparser-dev)  # for the component simulation
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
     "Headers and static library for C++ programs: the engine behind palvex, with a CMake package and a pkg-config file.")
 

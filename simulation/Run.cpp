@@ -21,13 +21,13 @@ class Crew {
   void work(Worker& worker) {
     try {
       while (const auto task = nextTask()) {
-        auto block = worker.work(*task, [this] { return isStopped(); });
+        auto block = worker.work(*task, [this] {
+          report();
+          return isStopped();
+        });
         if (!block) break;
         const std::lock_guard lock(mutex_);
         simulation_.add(std::move(*block));
-        if (options_.progress) {
-          options_.progress(simulation_.done(), simulation_.settings().trials);
-        }
         stopped_ = stopped_ || simulation_.finished();
         changed_.notify_all();
       }
@@ -46,6 +46,15 @@ class Crew {
   }
 
  private:
+  /// Some more trials are about to be worked out.
+  void report() {
+    if (!options_.progress) return;
+    const std::lock_guard lock(mutex_);
+    const std::uint64_t all = simulation_.settings().trials;
+    options_.progress(std::min(begun_, all), all);
+    begun_ += Trials::most;
+  }
+
   [[nodiscard]] bool isStopped() {
     if (options_.cancelled && options_.cancelled()) stopped_ = true;
     return stopped_;
@@ -69,6 +78,7 @@ class Crew {
   std::uint64_t mostPending_;
   std::mutex mutex_;
   std::condition_variable changed_;
+  std::uint64_t begun_ = 0;  // trials, about
   std::atomic<bool> stopped_ = false;
   std::exception_ptr error_;
 };

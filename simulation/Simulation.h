@@ -96,10 +96,6 @@ class Simulation {
   [[nodiscard]] std::uint64_t blocks() const { return blocks_; }
   /// Blocks that were dealt out and are not yet combined.
   [[nodiscard]] std::uint64_t pending() const { return dealt_ - combined_; }
-  /// Trials that are combined.
-  [[nodiscard]] std::uint64_t done() const {
-    return std::min(combined_ * blockTrials, settings_.trials);
-  }
 
   /// Receives the text of the trials, block by block in their order.
   void onTrials(std::function<void(std::string_view text)> take) { takeText_ = std::move(take); }
@@ -154,7 +150,7 @@ class Worker {
   /// @param simulation  is to outlive the worker; asked only for what never changes
   explicit Worker(const Simulation& simulation, std::unique_ptr<Workbook> workbook = nullptr);
 
-  /// @param stopped  asked now and then
+  /// @param stopped  asked before every Trials::most trials
   /// @returns nothing when it was stopped
   std::optional<Block> work(const Task& task, const std::function<bool()>& stopped = {});
 

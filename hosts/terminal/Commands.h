@@ -12,6 +12,7 @@ void addDescribe(CLI::App& program);
 void addDraw(CLI::App& program);
 void addGuess(CLI::App& program);
 void addPlot(CLI::App& program);
+void addSimulate(CLI::App& program);
 void addDemo(CLI::App& program);
 
 }  // namespace palvex::terminal

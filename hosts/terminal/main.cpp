@@ -63,7 +63,7 @@ void build(CLI::App& program, bool& trace) {
       "option, file or reference; 3 the results could not be written; 130 ended by Ctrl-C.");
   program.fallthrough();
   for (const auto add :
-       {addDemo, addTypes, addCheck, addEval, addDescribe, addDraw, addGuess, addPlot})
+       {addDemo, addTypes, addCheck, addEval, addDescribe, addDraw, addGuess, addPlot, addSimulate})
     add(program);
 }
 

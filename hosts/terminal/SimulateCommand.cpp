@@ -1,0 +1,376 @@
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <limits>
+#include <optional>
+
+#include "hosts/terminal/Arguments.h"
+#include "hosts/terminal/Commands.h"
+#include "hosts/terminal/Faults.h"
+#include "hosts/terminal/Output.h"
+#include "hosts/terminal/Range.h"
+#include "hosts/terminal/SimulateOutput.h"
+#include "palvex/simulation.h"
+
+namespace palvex::terminal {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view exampleRegister =
+    R"(# A register of a small project to start from. Save it, change it, and simulate it:
+#   palvex simulate --example > register.csv
+#   palvex simulate register.csv -n 100000
+# A row with a Type is an input and one with a Formula a result of rows above; columns that palvex
+# does not know (Note and Past delays here) are yours. A row that begins with # is a comment.
+#
+Name,Type,Param1,Param2,Param3,Param4,LTL,UTL,Chance,Formula,Unit,Note,Past delays
+Day rate,Normal,620,45,,,550,,,,EUR,nobody works for less than 550,0
+Design,PERT,20,25,40,,,,,,days,"minimum, likely, maximum",0
+Build,Triangular,60,75,120,,,,,,days,,3
+Test,PERT,15,20,45,,,,,,days,,5
+Commissioning,Triangular,5,8,=[Test],,,,,,days,takes at most as long as the test,0
+Delivery delay,Histogram,=M8:M17,Raw Data,,,0,,,,days,as in ten earlier projects,8
+Licences,Uniform,18000,26000,,,,,,,EUR,,2
+Redesign,LognormalMean,15,10,,,,60,25%,,days,a risk: one in four,12
+Bad ground,Triangular,20000,35000,90000,,,,0.1,,EUR,a risk: one in ten,1
+Duration,,,,,,,,,[Design] + [Redesign] + [Build] + [Delivery delay] + [Test] + [Commissioning],days,,4
+Labour,,,,,,,,,[Duration] * 4 * [Day rate],EUR,a team of four,
+Cost,,,,,,,,,[Labour] + [Licences] + [Bad ground],EUR,,
+#
+# Packages that run late together: save the rows below (without the #) as correlations.csv and add
+#   --correlations correlations.csv
+#,Design,Build,Test
+#Design,1,0.5,0.3
+#Build,0.5,1,0.6
+#Test,0.3,0.6,1
+)";
+
+/// A CSV file as the table of a model; what its references stand for is read once.
+class CsvSheet : public simulation::Sheet {
+ public:
+  explicit CsvSheet(const std::string& path)
+      : sheet_(std::make_shared<const Worksheet>(Worksheet::fromFile(path))) {}
+
+  [[nodiscard]] std::int32_t rows() const override { return sheet_->rows(); }
+  [[nodiscard]] std::int32_t columns() const override { return sheet_->columns(); }
+  [[nodiscard]] Variant at(std::int32_t row, std::int32_t column) const override {
+    return sheet_->at({row, column});
+  }
+  [[nodiscard]] Reference refer(std::string_view text) const override {
+    const auto given = parseReference(text.substr(1));
+    if (!given) {
+      throw simulation::Fault(fmt::format(
+          "'{}' is no reference; write =B3 for a cell, =A2:A200 for several, =[Name] for a row "
+          "above.",
+          text));
+    }
+    const Block block = sheet_->ended(*given);
+    if (!sheet_->contains(block)) {
+      throw simulation::Fault(fmt::format("'{}' is outside the sheet, which ends at {}{}.", text,
+                                          columnName(sheet_->columns()), sheet_->rows()));
+    }
+    return {std::make_shared<Range>(sheet_, block), false};
+  }
+
+ private:
+  std::shared_ptr<const Worksheet> sheet_;
+};
+
+/// A file that appears under its name only when it is whole: it is written beside it, and renamed.
+class FileAside {
+ public:
+  explicit FileAside(const std::string& path)
+      : path_(target(path)), aside_(asideOf(path_)), output_(aside_) {}
+  FileAside(const FileAside&) = delete;
+  FileAside& operator=(const FileAside&) = delete;
+  ~FileAside() {
+    std::error_code none;
+    if (!finished_ && aside_ != path_) fs::remove(aside_, none);
+  }
+
+  void write(std::string_view text) { output_.write(text); }
+  void finish() {
+    output_.close();
+    if (aside_ != path_) {
+      std::error_code error;
+      fs::rename(aside_, path_, error);
+      if (error) throw OutputError(fmt::format("can not write '{}': {}", path_, error.message()));
+    }
+    finished_ = true;
+  }
+
+ private:
+  /// The file that a symbolic link leads to.
+  static std::string target(const std::string& path) {
+    std::error_code error;
+    const fs::path resolved = fs::canonical(path, error);
+    return error ? path : resolved.string();
+  }
+  /// A device or a pipe is written at once.
+  static std::string asideOf(const std::string& path) {
+    std::error_code none;
+    const bool isOther = fs::exists(path, none) && !fs::is_regular_file(path, none);
+    return isOther ? path : fmt::format("{}.part-{}", path, getpid());
+  }
+
+  std::string path_;
+  std::string aside_;
+  Output output_;
+  bool finished_ = false;
+};
+
+/// A line on standard error that shows how far a run is and how long it will take, for a person.
+class TimeLeft {
+ public:
+  TimeLeft() : shown_(isatty(fileno(stderr)) != 0) {}
+  TimeLeft(const TimeLeft&) = delete;
+  TimeLeft& operator=(const TimeLeft&) = delete;
+  ~TimeLeft() {
+    if (shown_) writeMessage(fmt::format("\r{:<60}\r", ""));
+  }
+
+  void report(std::uint64_t done, std::uint64_t all) {
+    const Clock::time_point now = Clock::now();
+    if (!shown_ || now < next_ || done == 0) return;
+    next_ = now + std::chrono::milliseconds(300);
+    const double share = static_cast<double>(done) / static_cast<double>(all);
+    const double seconds = std::chrono::duration<double>(now - start_).count();
+    writeMessage(fmt::format("\r{:<60}", fmt::format("{:3.0f} % of {} trials, {} left", 100 * share,
+                                                     all, duration(seconds / share - seconds))));
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  static std::string duration(double seconds) {
+    if (seconds < 90) return fmt::format("{:.0f} s", seconds);
+    if (seconds < 5400) return fmt::format("{:.0f} min", seconds / 60);
+    return fmt::format("{:.1f} h", seconds / 3600);
+  }
+
+  bool shown_;
+  Clock::time_point start_ = Clock::now();
+  Clock::time_point next_ = start_ + std::chrono::milliseconds(300);
+};
+
+struct SimulateOptions : ResultOptions {
+  std::string file;
+  bool example = false;
+  std::string trials;
+  std::string seed = "1";
+  std::string sampling = "random";
+  std::string correlationsFile;
+  bool repairCorrelations = false;
+  std::string percentiles = "5,10,50,80,90,95";
+  std::string until;
+  std::string threads;
+  std::string trialsFile;
+  bool skipFailures = false;
+};
+
+constexpr std::uint64_t mostTrials = 1'000'000'000'000;
+constexpr std::string_view usualTrials = "10000";
+constexpr std::string_view usualTrialsUntil = "100000000";  // at most, with --until
+
+std::vector<double> percentsOf(const std::string& list) {
+  std::vector<double> percents;
+  for (std::size_t from = 0; from <= list.size();) {
+    const std::size_t to = std::min(list.find(',', from), list.size());
+    percents.push_back(numberArgument("--percentiles", list.substr(from, to - from)));
+    if (!(percents.back() >= 0 && percents.back() <= 100)) {
+      throw UsageError(fmt::format("--percentiles: {} is not between 0 and 100", percents.back()));
+    }
+    from = to + 1;
+  }
+  return percents;
+}
+
+simulation::Sampling samplingOf(const std::string& name) {
+  if (name == "random") return simulation::Sampling::random;
+  if (name == "lhs") return simulation::Sampling::lhs;
+  throw UsageError(fmt::format("--sampling: '{}' is neither random nor lhs", name));
+}
+
+double shareOf(const std::string& text) {
+  const std::optional<double> share = numberIn(text);
+  if (!share || !(*share > 0)) {
+    throw UsageError(fmt::format("--until: '{}' is not a share such as 1%", text));
+  }
+  return *share;
+}
+
+simulation::Settings settingsOf(const SimulateOptions& options) {
+  simulation::Settings settings;
+  const std::string_view usual = options.until.empty() ? usualTrials : usualTrialsUntil;
+  settings.trials = countArgument(
+      "-n", options.trials.empty() ? std::string(usual) : options.trials, 1, mostTrials);
+  settings.seed =
+      countArgument("--seed", options.seed, 0, std::numeric_limits<std::uint64_t>::max());
+  settings.sampling = samplingOf(options.sampling);
+  settings.percents = percentsOf(options.percentiles);
+  settings.skipFailures = options.skipFailures;
+  settings.describeTrials = !options.trialsFile.empty();
+  if (!options.until.empty()) settings.until = shareOf(options.until);
+  return settings;
+}
+
+void refuseToWriteOver(const std::string& output, const std::string& input) {
+  std::error_code none;
+  if (!output.empty() && !input.empty() && fs::equivalent(output, input, none)) {
+    throw UsageError(fmt::format("'{}' is being read and can not be written, too", output));
+  }
+}
+
+simulation::Correlations correlationsOf(const SimulateOptions& options,
+                                        const simulation::Model& model) {
+  try {
+    auto correlations = simulation::Correlations::fromSheet(CsvSheet(options.correlationsFile));
+    if (options.repairCorrelations) {
+      if (const auto change = correlations.repair()) {
+        writeMessage(fmt::format(
+            "palvex: correlations repaired; the largest change: {} with {} from {:.4g} to {:.4g}\n",
+            change->first, change->second, change->before, change->after));
+      }
+    }
+    static_cast<void>(simulation::Copula(correlations, model.inputNames()));
+    return correlations;
+  } catch (const simulation::Contradiction& fault) {
+    throw Refusal(fmt::format("{}: {} --repair-correlations takes the nearest that do not.",
+                              options.correlationsFile, fault.what()));
+  } catch (const simulation::Fault& fault) {
+    throw Refusal(fmt::format("{}: {}", options.correlationsFile, fault.what()));
+  }
+}
+
+void writeExample() {
+  Output output;
+  output.write(exampleRegister);
+  output.close();
+}
+
+/// What a run that did not go to its end is to say.
+std::string remark(const simulation::Results& results) {
+  std::string text;
+  if (results.cancelled) {
+    text = fmt::format("ended by Ctrl-C after {} of {} trials", results.trials + results.failures,
+                       results.asked);
+  } else if (results.settled) {
+    text = fmt::format("settled after {} trials", results.trials + results.failures);
+  } else {
+    return "";
+  }
+  if (results.sampling == simulation::Sampling::lhs) text += "; the strata are not complete";
+  return "palvex: " + text + '\n';
+}
+
+void simulate(const SimulateOptions& options) {
+  if (options.example) return writeExample();
+  if (options.file.empty()) throw UsageError("simulate: FILE is missing; --example writes one");
+  simulation::Settings settings = settingsOf(options);
+  simulation::RunOptions run;
+  if (!options.threads.empty()) {
+    run.threads = static_cast<unsigned>(countArgument("--threads", options.threads, 1, 1024));
+  }
+  refuseToWriteOver(options.trialsFile, options.file);
+  refuseToWriteOver(options.trialsFile, options.correlationsFile);
+
+  const simulation::Model model = simulation::Model::fromSheet(CsvSheet(options.file));
+  if (!options.correlationsFile.empty()) settings.correlations = correlationsOf(options, model);
+
+  std::optional<FileAside> trials;
+  if (!options.trialsFile.empty()) {
+    trials.emplace(options.trialsFile);
+    trials->write(trialsHead(model));
+    run.onTrials = [&trials](std::string_view text) { trials->write(text); };
+  }
+  simulation::Results results;
+  {
+    const CatchInterrupt catching;
+    TimeLeft timeLeft;
+    run.cancelled = interrupted;
+    run.progress = [&timeLeft](std::uint64_t done, std::uint64_t all) {
+      timeLeft.report(done, all);
+    };
+    results = simulation::run(model, settings, run);
+  }
+  if (results.trials == 0 && results.cancelled) {
+    writeMessage("palvex: ended by Ctrl-C before the first block of trials was done\n");
+    throw Interruption{};
+  }
+  if (results.trials == 0) throw Refusal("every trial failed: there are no results.");
+  if (trials) trials->finish();
+  Output output;
+  output.write(resultsText(results, options.format));
+  output.close();
+  writeMessage(remark(results));
+  if (results.cancelled) throw Interruption{};
+}
+
+}  // namespace
+
+void addSimulate(CLI::App& program) {
+  CLI::App* command = program.add_subcommand(
+      "simulate", "Simulate a table of uncertain figures: what may their total be?");
+  command->footer(
+      "FILE is a table (CSV). Its first row names the columns, in any order: Name, Type, Param1 "
+      "to\n"
+      "Param4, LTL, UTL, Chance, Formula, Unit. A row with a Type (see: palvex types) is an "
+      "input,\n"
+      "drawn once a trial; Chance is the probability that it happens at all. A row with a "
+      "Formula,\n"
+      "such as [Price] * max([Days], 10), is a result of rows above. Without any there is one, "
+      "the\n"
+      "Total of all inputs. A parameter may be a cell (=B3) or a row above (=[Name]).\n"
+      "The same seed gives the same results, whatever the number of threads. Ctrl-C ends with the\n"
+      "results so far.\n\n"
+      "Examples:\n"
+      "  palvex simulate --example > register.csv\n"
+      "  palvex simulate register.csv\n"
+      "  palvex simulate register.csv -n 1e6 --sampling lhs --percentiles 10,50,80,90\n"
+      "  palvex simulate register.csv --correlations correlations.csv --json\n"
+      "  palvex simulate register.csv --until 0.5% --trials trials.csv");
+  const auto options = std::make_shared<SimulateOptions>();
+  command->add_option("FILE", options->file, "The table, a CSV file; - for standard input");
+  command->add_flag("--example", options->example, "Write a table to start from, and end");
+  command
+      ->add_option("-n", options->trials,
+                   "How many trials (default: 10000; with --until at most 100000000)")
+      ->type_name("N");
+  command->add_option("--seed", options->seed, "Seed of the random numbers, 0 or greater")
+      ->type_name("S")
+      ->capture_default_str();
+  command
+      ->add_option("--sampling", options->sampling,
+                   "random, or lhs: each of N equal parts of an input's distribution once")
+      ->type_name("HOW")
+      ->capture_default_str();
+  command
+      ->add_option("--correlations", options->correlationsFile,
+                   "Rank correlations between inputs: a CSV table with their names in its first "
+                   "row and column")
+      ->type_name("FILE");
+  command->add_flag("--repair-correlations", options->repairCorrelations,
+                    "Take the nearest correlations that do not contradict each other");
+  command->add_option("--percentiles", options->percentiles, "Which percentiles")
+      ->type_name("LIST")
+      ->capture_default_str();
+  command
+      ->add_option("--until", options->until,
+                   "Stop when the 95 % interval of each percentile is narrower than this share of "
+                   "its value, such as 1%")
+      ->type_name("SHARE");
+  command->add_option("--threads", options->threads, "How many threads (default: all)")
+      ->type_name("N");
+  command
+      ->add_option("--trials", options->trialsFile, "Write the values of each trial to a CSV file")
+      ->type_name("FILE");
+  command->add_flag("--skip-failures", options->skipFailures,
+                    "Leave trials that fail out, and count them");
+  options->ResultOptions::addTo(*command);
+  command->callback([options] { simulate(*options); });
+}
+
+}  // namespace palvex::terminal
