@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "engine/LawTypes.h"
+#include "runtime/Object.h"
 #include "simulation/Text.h"
 
 namespace palvex::simulation {
