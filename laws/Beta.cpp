@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
-#include <utility>
 
 #include "numerics/m_BetaRatio.h"
 #include "numerics/m_GammaFunctions.h"
@@ -44,17 +44,23 @@ Support Beta::support() const noexcept {
   return {minimum_, maximum_};
 }
 
+m_Beta::Fraction Beta::fraction(double x) const noexcept {
+  const double halfWidth = maximum_ / 2 - minimum_ / 2;  // the width itself may overflow
+  return {(x / 2 - minimum_ / 2) / halfWidth, (maximum_ / 2 - x / 2) / halfWidth};
+}
+
 double Beta::standardDensity(double x) const noexcept {
   if (!(alpha_ > 0 && beta_ > 0 && maximum_ > minimum_ && minimum_ <= x && x <= maximum_)) return 0;
-  const auto logPower = [](double base, double exponent) {
-    return exponent == 0 ? 0 : exponent * std::log(base);
+  const auto [u, v] = fraction(x);
+  const auto atEnd = [](double shape, double other) {
+    if (shape == 1) return other;
+    return shape < 1 ? std::numeric_limits<double>::infinity() : 0;
   };
-  const double width = maximum_ / 2 - minimum_ / 2;
-  const double u = (x / 2 - minimum_ / 2) / width;
-  const double v = (maximum_ / 2 - x / 2) / width;
-  const double logFactor =
-      m_Gamma::gamln(alpha_ + beta_) - m_Gamma::gamln(alpha_) - m_Gamma::gamln(beta_);
-  return std::exp(logPower(u, alpha_ - 1) + logPower(v, beta_ - 1) + logFactor);
+  if (u == 0) return atEnd(alpha_, beta_);
+  if (v == 0) return atEnd(beta_, alpha_);
+  const double power =
+      inverse_ ? inverse_->ratio().power(u, v) : m_Beta::IncompleteBeta(alpha_, beta_).power(u, v);
+  return power / u / v;
 }
 
 double Beta::density(double x) const noexcept {
@@ -64,44 +70,32 @@ double Beta::density(double x) const noexcept {
 
 double Beta::logDensity(double x) const noexcept {
   const double direct = density(x);
-  if (direct == 0 ? !(x > minimum_ && x < maximum_) : std::isnormal(direct) || std::isinf(direct))
-    return std::log(direct);
+  const bool inside = x > minimum_ && x < maximum_;
+  if (!inside || std::isnormal(direct)) return std::log(direct);
+  const auto [u, v] = fraction(x);
   const double halfWidth = maximum_ / 2 - minimum_ / 2;
-  return (alpha_ - 1) * std::log((x / 2 - minimum_ / 2) / halfWidth) +
-         (beta_ - 1) * std::log((maximum_ / 2 - x / 2) / halfWidth) + std::lgamma(alpha_ + beta_) -
-         std::lgamma(alpha_) - std::lgamma(beta_) - std::log(halfWidth) - std::numbers::ln2;
+  return (alpha_ - 1) * std::log(u) + (beta_ - 1) * std::log(v) -
+         m_Beta::IncompleteBeta(alpha_, beta_).logBeta() - std::log(halfWidth) - std::numbers::ln2;
+}
+
+void Beta::prepare() {
+  if (!inverse_) inverse_ = std::make_shared<const m_Beta::InverseBeta>(alpha_, beta_);
 }
 
 Tails Beta::tails(double x) const noexcept {
   if (x >= maximum_) return {1, 0};
   if (x <= minimum_) return {0, 1};
-  const double halfWidth = maximum_ / 2 - minimum_ / 2;
-  const double u = (x / 2 - minimum_ / 2) / halfWidth;
-  const double v = (maximum_ / 2 - x / 2) / halfWidth;
+  const auto [u, v] = fraction(x);
   if (!(u > 0)) return {0, 1};
   if (!(v > 0)) return {1, 0};
-  const m_Beta::Tails both = m_Beta::IncompleteBeta(alpha_, beta_)(u, v);
+  const m_Beta::Tails both = inverse_->ratio()(u, v);
   return {both.lower, both.upper};
 }
 
 double Beta::quantile(double p, double q) const noexcept {
-  // Bisection in ln(u/v), where the smaller tail is monotone to its last digit.
-  m_Beta::IncompleteBeta ratio(alpha_, beta_);
-  double low = -745;
-  double high = 745;
-  const auto fractions = [](double t) {
-    const double e = std::exp(-std::abs(t));
-    return t < 0 ? std::pair{e / (1 + e), 1 / (1 + e)} : std::pair{1 / (1 + e), e / (1 + e)};
-  };
-  for (int i = 0; i < 64; ++i) {
-    const double middle = (low + high) / 2;
-    const auto [u, v] = fractions(middle);
-    const m_Beta::Tails both = ratio(u, v);
-    (p < q ? both.lower < p : both.upper > q) ? low = middle : high = middle;
-  }
-  const auto [u, v] = fractions((low + high) / 2);
-  const double width = maximum_ - minimum_;
-  return u < v ? minimum_ + width * u : maximum_ - width * v;
+  const auto [u, v] = (*inverse_)(p, q);
+  const double halfWidth = maximum_ / 2 - minimum_ / 2;
+  return u < v ? 2 * (minimum_ / 2 + halfWidth * u) : 2 * (maximum_ / 2 - halfWidth * v);
 }
 
 std::optional<Moments> Beta::moments(const Limits& limits) const {

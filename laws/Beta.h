@@ -1,8 +1,11 @@
 #pragma once
 
+#include <memory>
+
 #include "laws/Moments.h"
 #include "laws/Support.h"
 #include "laws/Tails.h"
+#include "numerics/m_BetaInverse.h"
 
 namespace palvex::laws {
 
@@ -25,6 +28,8 @@ class Beta {
   /// Its logarithm, also where the density is no double.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
+  /// Works out what `tails` and `quantile` stand on; neither is asked before.
+  void prepare();
   [[nodiscard]] Tails tails(double x) const noexcept;
   /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
   [[nodiscard]] double quantile(double p, double q) const noexcept;
@@ -37,10 +42,14 @@ class Beta {
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:
+  /// The place of x as the fractions u of the width below it and v above it.
+  [[nodiscard]] m_Beta::Fraction fraction(double x) const noexcept;
+
   double alpha_;
   double beta_;
   double minimum_;
   double maximum_;
+  std::shared_ptr<const m_Beta::InverseBeta> inverse_;  // too much to copy with the law
 };
 
 }  // namespace palvex::laws

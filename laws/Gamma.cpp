@@ -23,7 +23,7 @@ double Gamma::standardDensity(double x) const noexcept {
   if (!(shape_ > 0 && scale_ > 0 && x >= minimum_)) return 0;
   const double z = (x - minimum_) / scale_;
   if (z == 0) return shape_ < 1 ? std::numeric_limits<double>::infinity() : shape_ == 1;
-  return std::isinf(z) ? 0 : m_Gamma::rcomp(shape_, z) / z;
+  return std::isinf(z) ? 0 : m_Gamma::ratioAt(prepared_, z).density / z;
 }
 
 double Gamma::density(double x) const noexcept {
@@ -32,8 +32,8 @@ double Gamma::density(double x) const noexcept {
 
 double Gamma::logDensity(double x) const noexcept {
   const double direct = density(x);
-  if (direct == 0 ? !(x > minimum_) || std::isinf(x) : std::isnormal(direct) || std::isinf(direct))
-    return std::log(direct);
+  const bool inside = x > minimum_ && std::isfinite(x);
+  if (!inside || std::isnormal(direct)) return std::log(direct);
   const double z = (x - minimum_) / scale_;
   return (shape_ - 1) * std::log(z) - z - std::lgamma(shape_) - std::log(scale_);
 }

@@ -13,7 +13,7 @@ class Gamma {
  public:
   /// @param shape,scale  > 0
   Gamma(double shape, double scale, double minimum)
-      : shape_(shape), scale_(scale), minimum_(minimum), prepared_(shape) {}
+      : shape_(shape), scale_(scale), minimum_(minimum), prepared_(shape > 0 ? shape : 1) {}
 
   [[nodiscard]] Support support() const noexcept;
 

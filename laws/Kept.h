@@ -28,6 +28,7 @@ class Kept final : public AnyLaw {
   /// @throws std::invalid_argument when the limits keep nothing
   Kept(std::string_view type, TheLaw law, const Limits& limits)
       : type_(type), law_(std::move(law)), limits_(takingPart(limits)) {
+    if constexpr (requires { law_.prepare(); }) law_.prepare();
     if (excludesAll(limits_, law_.support()) || keepsNothing()) {
       throw std::invalid_argument(
           "Truncation limits exclude all distribution values.  Please adjust.");

@@ -20,9 +20,7 @@ class Triangular {
         maximum_(maximum),
         halfWidth_(maximum / 2 - minimum / 2),
         shareBelow_(halfWidth_ > 0 ? (likely / 2 - minimum / 2) / halfWidth_ : 0),
-        shareAbove_(halfWidth_ > 0 ? (maximum / 2 - likely / 2) / halfWidth_ : 0),
-        stepBelow_(halfWidth_ * std::sqrt(shareBelow_)),
-        stepAbove_(halfWidth_ * std::sqrt(shareAbove_)) {}
+        shareAbove_(halfWidth_ > 0 ? (maximum / 2 - likely / 2) / halfWidth_ : 0) {}
 
   [[nodiscard]] Support support() const noexcept;
 
@@ -35,9 +33,16 @@ class Triangular {
   [[nodiscard]] Tails tails(double x) const noexcept;
   /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
+    // Of the side's own probability the part u lies beyond the value and t towards `likely`. The
+    // value is counted from the nearer of the side's ends.
     const bool isBelow = p <= shareBelow_;
-    const double root = std::sqrt(isBelow ? p : q);
-    return 2 * ((isBelow ? minimum_ : maximum_) / 2 + (isBelow ? stepBelow_ : -stepAbove_) * root);
+    const double share = isBelow ? shareBelow_ : shareAbove_;
+    const double u = (isBelow ? p : q) / share;
+    const double t = ((isBelow ? q : p) - (isBelow ? shareAbove_ : shareBelow_)) / share;
+    const double root = std::sqrt(u);
+    const double side = halfWidth_ * (isBelow ? share : -share);
+    const double end = isBelow ? minimum_ : maximum_;
+    return 2 * (t < 0.5 ? likely_ / 2 - side * (t / (1 + root)) : end / 2 + side * root);
   }
 
   /// Mean and standard deviation of what the limits keep, in closed form. Error 11 when they keep
@@ -54,8 +59,6 @@ class Triangular {
   double halfWidth_;   // the width itself may overflow
   double shareBelow_;  // probability below `likely`
   double shareAbove_;
-  double stepBelow_;
-  double stepAbove_;
 };
 
 }  // namespace palvex::laws
