@@ -68,14 +68,6 @@ Number chanceNumber(const Operand& operand) {
   return chance;
 }
 
-/// What an operand that was left out stands for: nothing for one that is needed.
-std::optional<double> usualParameter(const LawType& type, std::size_t index) {
-  const std::string_view parameter = type.parameters[index];
-  if (index > 0 && parameter == "Minimum") return 0;
-  if (type.name == "Beta" && parameter == "Maximum") return 1;
-  return {};
-}
-
 const LawType& typeCalled(const std::string& name) {
   std::vector<std::string> names;
   for (const LawType& type : lawTypes) {
@@ -113,6 +105,13 @@ void checkName(const std::string& name) {
 }
 
 }  // namespace
+
+std::optional<double> usualParameter(const LawType& type, std::size_t index) {
+  const std::string_view parameter = type.parameters[index];
+  if (index > 0 && parameter == "Minimum") return 0;
+  if (type.name == "Beta" && parameter == "Maximum") return 1;
+  return {};
+}
 
 std::string chanceFault(double chance) {
   return "a chance of " + Variant(chance).toText() + " is not between 0 and 1.";

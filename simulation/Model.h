@@ -10,7 +10,7 @@
 #include <variant>
 #include <vector>
 
-#include "engine/Law.h"
+#include "engine/LawTypes.h"
 #include "runtime/Variant.h"
 #include "simulation/Fault.h"
 #include "simulation/Formula.h"
@@ -75,6 +75,10 @@ struct Row {
   [[nodiscard]] bool isInput() const { return kind == Kind::input; }
   [[nodiscard]] bool isLive() const { return !parameters.empty() || lower || upper; }
 };
+
+/// What a parameter of a type stands for when it is left out: nothing for one that is needed.
+/// @param index  from 0
+[[nodiscard]] std::optional<double> usualParameter(const LawType& type, std::size_t index);
 
 /// The sentence about a chance outside of 0 to 1.
 [[nodiscard]] std::string chanceFault(double chance);

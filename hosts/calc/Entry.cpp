@@ -3,7 +3,9 @@
 #include <sal/types.h>
 
 #include "hosts/calc/Distribution.h"
+#include "hosts/calc/Functions.h"
 #include "hosts/calc/Office.h"
+#include "hosts/calc/Simulate.h"
 
 using css::uno::Any;
 using css::uno::Sequence;
@@ -26,4 +28,14 @@ XInterface* make(XComponentContext* context) {
 extern "C" SAL_DLLPUBLIC_EXPORT XInterface* palvex_distribution(XComponentContext* context,
                                                                 const Sequence<Any>&) {
   return make<palvex::calc::Distribution>(context);
+}
+
+extern "C" SAL_DLLPUBLIC_EXPORT XInterface* palvex_functions(XComponentContext* context,
+                                                             const Sequence<Any>&) {
+  return make<palvex::calc::Functions>(context);
+}
+
+extern "C" SAL_DLLPUBLIC_EXPORT XInterface* palvex_simulation(XComponentContext* context,
+                                                              const Sequence<Any>&) {
+  return make<palvex::calc::Simulate>(context);
 }

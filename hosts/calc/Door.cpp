@@ -1,0 +1,150 @@
+#include "hosts/calc/Door.h"
+
+#include <dlfcn.h>
+#include <sal/types.h>
+
+#include <array>
+#include <com/sun/star/uno/XComponentContext.hpp>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <osl/file.hxx>
+#include <stdexcept>
+
+#include "hosts/calc/Document.h"
+#include "hosts/calc/Office.h"
+#include "hosts/calc/Text.h"
+#include "hosts/calc/Workbook.h"
+#include "palvex/version.h"
+
+namespace palvex::calc {
+
+namespace {
+
+namespace fs = std::filesystem;
+using css::uno::Reference;
+using css::uno::XComponentContext;
+using simulation::Fault;
+
+std::string urlOf(const fs::path& file) {
+  rtl::OUString url;
+  osl::FileBase::getFileURLFromSystemPath(wide(file.string()), url);
+  return utf8(url);
+}
+
+/// The office takes these signals for itself when it starts; they stay what they were.
+class OwnSignals {
+ public:
+  OwnSignals() {
+    for (std::size_t i = 0; i < numbers.size(); ++i) sigaction(numbers[i], nullptr, &actions_[i]);
+  }
+  OwnSignals(const OwnSignals&) = delete;
+  OwnSignals& operator=(const OwnSignals&) = delete;
+  ~OwnSignals() {
+    for (std::size_t i = 0; i < numbers.size(); ++i) sigaction(numbers[i], &actions_[i], nullptr);
+  }
+
+ private:
+  static constexpr std::array numbers{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGSEGV,
+                                      SIGFPE, SIGILL,  SIGBUS, SIGABRT, SIGPIPE};
+  std::array<struct sigaction, numbers.size()> actions_{};
+};
+
+std::string contentOf(const fs::path& file) {
+  std::ifstream stream(file);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+/// A new profile whose configuration knows the worksheet functions. In the extension's file they
+/// stand as they are installed; a profile lists what is changed in it.
+void writeProfile(const fs::path& profile, const fs::path& functions) {
+  const std::string installed = contentOf(functions);
+  const std::string_view begin = "<node oor:name=\"palvex.Functions\"";
+  const std::string_view end = "</node>\n</oor:component-data>";
+  const std::size_t from = installed.find(begin);
+  const std::size_t to = installed.rfind(end);
+  if (from == std::string::npos || to == std::string::npos)
+    throw std::runtime_error("'" + functions.string() + "' is damaged");
+  fs::create_directories(profile / "user");
+  std::ofstream file(profile / "user" / "registrymodifications.xcu");
+  file << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+          "<oor:items xmlns:oor=\"http://openoffice.org/2001/registry\" "
+          "xmlns:xs=\"http://www.w3.org/2001/XMLSchema\" "
+          "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\">\n"
+          "<item oor:path=\"/org.openoffice.Office.CalcAddIns/AddInInfo\">"
+       << installed.substr(from, to - from) << "</item>\n</oor:items>\n";
+  if (!file.flush()) throw std::runtime_error("can not write to '" + profile.string() + "'");
+}
+
+/// The services of the office, and ours.
+void announce(const Places& places) {
+  const std::string program = urlOf(places.office);
+  const std::string ours = urlOf(places.palvex);
+  const auto set = [](const char* name, const std::string& value) {
+    setenv(name, value.c_str(), 1);
+  };
+  set("URE_MORE_SERVICES", ours + "/palvex.components <" + program + "/services>*");
+  set("URE_MORE_TYPES", ours + "/palvex.rdb <" + program + "/types>*");
+}
+
+template <class Function>
+Function symbol(void* library, const char* name) {
+  return reinterpret_cast<Function>(dlsym(library, name));
+}
+
+/// Starts the office inside this process, without a screen.
+void start(const Places& places, const fs::path& profile) {
+  announce(places);
+  writeProfile(profile, fs::path(places.palvex) / "CalcAddIns.xcu");
+  const OwnSignals signals;
+  void* const merged = dlopen((places.office + "/libmergedlo.so").c_str(), RTLD_NOW | RTLD_NOLOAD);
+  const auto hook = symbol<void* (*)(const char*, const char*)>(merged, "libreofficekit_hook_2");
+  // comphelper::getProcessComponentContext(): the office's context, which has no public name.
+  const auto get = symbol<Reference<XComponentContext> (*)()>(
+      merged, "_ZN10comphelper26getProcessComponentContextEv");
+  if (hook == nullptr || get == nullptr ||
+      hook(places.office.c_str(), urlOf(profile).c_str()) == nullptr)
+    throw std::runtime_error("LibreOffice in '" + places.office +
+                             "' does not start inside a program");
+  enter(get());
+}
+
+class OpenFile final : public OpenWorkbook {
+ public:
+  OpenFile(const Places& places, const fs::path& file)
+      : document_((start(places, profile_.path()), file)), table_(document_.get()) {}
+
+  [[nodiscard]] const simulation::Sheet& table() const override { return table_; }
+  [[nodiscard]] simulation::Settings settings(const simulation::Model& model) const override {
+    return settingsOf(model, table_);
+  }
+  [[nodiscard]] std::unique_ptr<simulation::Workbook> cells(
+      const simulation::Model& model) const override {
+    return std::make_unique<Workbook>(document_.get(), model);
+  }
+
+ private:
+  TemporaryFolder profile_;
+  HiddenDocument document_;
+  Table table_;
+};
+
+}  // namespace
+
+}  // namespace palvex::calc
+
+extern "C" SAL_DLLPUBLIC_EXPORT const char* palvex_calc_version() {
+  return PALVEX_VERSION;
+}
+
+/// See OpenWorkbookFunction.
+extern "C" SAL_DLLPUBLIC_EXPORT void palvex_open_workbook(
+    std::unique_ptr<palvex::calc::OpenWorkbook>& opened, const palvex::calc::Places& places,
+    const std::string& file, std::string& fault) try {
+  opened = std::make_unique<palvex::calc::OpenFile>(places, file);
+} catch (const css::uno::Exception& failure) {
+  fault = palvex::calc::utf8(failure.Message);
+} catch (const std::exception& failure) {
+  fault = failure.what();
+}
