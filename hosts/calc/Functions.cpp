@@ -12,7 +12,7 @@
 #include "hosts/calc/Conversion.h"
 #include "hosts/calc/Office.h"
 #include "hosts/calc/Text.h"
-#include "runtime/Object.h"
+#include "runtime/Cells.h"
 #include "runtime/RuntimeError.h"
 #include "simulation/Model.h"
 
@@ -25,29 +25,16 @@ using css::uno::Any;
 using css::uno::Sequence;
 using rtl::OUString;
 
-/// The contents of a range, which is all that a function gets to see of it.
-class Contents final : public Object {
- public:
-  explicit Contents(Variant values) : values_(std::move(values)) {}
-
- protected:
-  Variant doGet(std::string_view member, const std::vector<Variant>& arguments) override {
-    if (sameMember(member, "Value") && arguments.empty()) return values_;
-    if (sameMember(member, "Application")) return std::make_shared<Object>();
-    if (sameMember(member, "Address")) return "";
-    return Object::doGet(member, arguments);
-  }
-
- private:
-  Variant values_;
-};
-
 /// An argument: empty when it is left out, a number, a text, or a range, which Calc hands over as
 /// its contents.
 Variant argument(const Any& given) {
-  Variant value = fromOffice(given);
+  const Variant value = fromOffice(given);
   if (!value.isArray()) return value;
-  return std::make_shared<Contents>(std::move(value));
+  const auto cells = std::make_shared<Cells>(value.upperBound(1), value.upperBound(2));
+  for (std::int32_t i = 1; i <= cells->rows(); ++i) {
+    for (std::int32_t j = 1; j <= cells->columns(); ++j) cells->at(i, j) = value.at(i, j);
+  }
+  return cells;
 }
 
 /// A law as a cell describes it. Parameters beyond those of the type are not looked at.
