@@ -84,6 +84,8 @@ double graphDensity(const Family& family, const Values& values, double x, const 
     const double inside = std::min(halfStep, (support.upper - support.lower) / 2);
     const double moved = x == support.lower ? std::max(x + inside, std::nextafter(x, infinity))
                                             : std::min(x - inside, std::nextafter(x, -infinity));
+    const bool isInside = support.lower < moved && moved < support.upper;
+    if (!isInside) raise(fault::overflow, line);  // no double lies between the ends
     return graphDensity(family, values, moved, {}, priorX, halfStep, line);
   }
   // Whether the formula holds is asked first, where it often does not: an error for each point

@@ -128,7 +128,7 @@ class c_Distribution {
   /// otherwise `numSD` standard deviations (4 for a number <= 0) below the mean. Of a distribution
   /// with one value only, 1 below it. Always below XMax.
   double XMin(double numSD = defaultNumSD);
-  /// Where it ends; likewise.
+  /// Where it ends; likewise. Error 6 for either where no double lies there.
   double XMax(double numSD = defaultNumSD);
   /// Fills the three series with equally spaced points from `graphXmin` to `graphXmax`, both
   /// included: NumPoints of them, 101 when there are none yet. GraphPDF is ScaleFactor times the

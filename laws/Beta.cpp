@@ -24,8 +24,8 @@ void addTail(PartialMoments& moments, int order, m_Beta::IncompleteBeta& ratio, 
     const double condition = (ratio.a() + ratio.b()) / std::min(x, y);
     accuracy = condition <= 100 ? 5e-14 : 1e-12 + 4e-16 * condition;
   }
-  const double tail = upper ? -tails.upper : tails.lower;
-  if (tail != 0) moments.add(static_cast<std::size_t>(order), factor * tail, accuracy + 1e-15);
+  moments.add(static_cast<std::size_t>(order), upper ? -factor : factor,
+              upper ? tails.upper : tails.lower, accuracy + 1e-15);
 }
 
 /// ln u^a (1 - u)^b relative to its value at u = p = 1 - q, at a distance t from there in
@@ -33,7 +33,8 @@ void addTail(PartialMoments& moments, int order, m_Beta::IncompleteBeta& ratio, 
 double logFromMode(double t, double a, double b, double p, double q) {
   const double change = p * std::expm1(t);  // of 1/(1 - u), relative
   if (std::abs(q * std::expm1(-t)) < std::abs(change)) return logFromMode(-t, b, a, q, p);
-  if (std::abs(change) > 0.5) return a * t - (a + b) * std::log1p(change);
+  if (std::abs(change) > 0.5) return a * t - (a + b) * std::log(q + p * std::exp(t));
+  if (std::abs(t) > 0.5) return a * t - (a + b) * std::log1p(change);
   // The same without the part of the logarithm that cancels the slope of a t at the mode.
   return (a * q - b * p) * t - (a + b) * (p * expm1LessT(t) - m_MathUtil::rlog1(change));
 }
@@ -100,10 +101,17 @@ double Beta::quantile(double p, double q) const noexcept {
 
 std::optional<Moments> Beta::moments(const Limits& limits) const {
   const double width = maximum_ - minimum_;
+  if (std::isinf(width)) {
+    const auto half = Beta(alpha_, beta_, minimum_ / 2, maximum_ / 2).moments(halved(limits));
+    if (!half) return {};
+    return doubled(*half);
+  }
   const double sum = alpha_ + beta_;
   if (!limits.lower && !limits.upper) {
-    return Moments{minimum_ + width * (alpha_ / sum),
-                   width * std::sqrt(alpha_ / sum * (beta_ / sum) / (sum + 1))};
+    // From the nearer end, whose distance is the more precise one.
+    return Moments{
+        alpha_ < beta_ ? minimum_ + width * (alpha_ / sum) : maximum_ - width * (beta_ / sum),
+        width * (std::sqrt(alpha_ / sum) * std::sqrt(beta_ / sum) / std::sqrt(sum + 1))};
   }
   PartialMoments standardized;
   double factor = 1;
@@ -111,6 +119,11 @@ std::optional<Moments> Beta::moments(const Limits& limits) const {
     const double a = alpha_ + order;
     m_Beta::IncompleteBeta ratio(a, beta_);
     for (const Interval& x : KeptIntervals(limits, minimum_, maximum_)) {
+      const auto tooClose = [&](double limit) {
+        return underflows(std::min(alpha_, 1.0) * (limit - minimum_), width) ||
+               underflows(std::min(beta_, 1.0) * (maximum_ - limit), width);
+      };
+      if (tooClose(x.lower) || tooClose(x.upper)) return {};
       const bool upperTails = (x.lower - minimum_) * beta_ > (maximum_ - x.lower) * a;
       const auto add = [&](double limit, double sign) {
         addTail(standardized, order, ratio, (limit - minimum_) / width, (maximum_ - limit) / width,
@@ -130,21 +143,25 @@ Moments Beta::integratedMoments(const Limits& limits) const {
   // t runs over the logarithm of u/(1 - u), where the density is largest at u = alpha/(alpha +
   // beta).
   const double width = maximum_ - minimum_;
+  if (std::isinf(width)) {
+    return doubled(
+        Beta(alpha_, beta_, minimum_ / 2, maximum_ / 2).integratedMoments(halved(limits)));
+  }
+  const Bounds ends{minimum_, maximum_};
   const double sum = alpha_ + beta_;
-  const double logAtMode = alpha_ * std::log(alpha_ / sum) + beta_ * std::log(beta_ / sum) +
+  const double logOdds = std::log(alpha_) - std::log(beta_);
+  const double logAtMode = -alpha_ * softplus(-logOdds) - beta_ * softplus(logOdds) +
                            m_Gamma::gamln(sum) - m_Gamma::gamln(alpha_) - m_Gamma::gamln(beta_);
   Mixture kept;
   for (const Interval& x : KeptIntervals(limits, minimum_, maximum_)) {
-    const Anchor anchor = anchorAt(width * (alpha_ / sum), minimum_, x);
+    const Anchor anchor = anchorWithin(ends, width * (alpha_ / sum), width * (beta_ / sum), x);
     const double below = anchor.fromOrigin;
-    const double above = anchor.isMode ? width * (beta_ / sum) : maximum_ - anchor.value;
-    const double fromMode = anchor.isMode ? 0 : std::log(below / above) - std::log(alpha_ / beta_);
-    const LogisticScale t(below, above, 1);
+    const double above = anchor.toUpperEnd;
+    const double fromMode = anchor.isMode ? 0 : std::log(below) - std::log(above) - logOdds;
+    const LogisticScale t(ends, below, above, 1);
     kept.add(integratedPiece(
-        anchor.value,
-        {t.position(anchor.lower, maximum_ - x.lower),
-         t.position(anchor.upper, maximum_ - x.upper)},
-        t, [&](double u) { return logFromMode(u, alpha_, beta_, below / width, above / width); },
+        anchor.point, {t.position(anchor.lower), t.position(anchor.upper)}, t,
+        [&](double u) { return logFromMode(u, alpha_, beta_, below / width, above / width); },
         logAtMode + logFromMode(fromMode, alpha_, beta_, alpha_ / sum, beta_ / sum)));
   }
   return kept.moments();

@@ -66,10 +66,8 @@ void addRatio(PartialMoments& moments, int order, double factor, double a, doubl
       const double condition = std::abs(x - a) + std::sqrt(a) + a * std::abs(std::log(x / a)) + 1;
       accuracy = 5e-14 + 1e-15 * condition;
     }
-    const double tail = upperTails ? -q : p;
-    if (tail != 0) {
-      moments.add(static_cast<std::size_t>(order), sign * factor * tail, 6e-15 + accuracy);
-    }
+    moments.add(static_cast<std::size_t>(order), upperTails ? -sign * factor : sign * factor,
+                upperTails ? q : p, 6e-15 + accuracy);
   };
   add(upper, 1);
   add(lower, -1);
@@ -81,8 +79,12 @@ std::optional<Moments> Gamma::moments(const Limits& limits) const {
   }
   PartialMoments standardized;
   for (const Interval& x : KeptIntervals(limits, minimum_, infinity)) {
-    const double lower = (x.lower - minimum_) / scale_;
-    const double upper = (x.upper - minimum_) / scale_;
+    const auto tooClose = [&](double limit) {
+      return underflows(std::min(shape_, 1.0) * distance(limit, minimum_), scale_);
+    };
+    if (tooClose(x.lower) || tooClose(x.upper)) return {};
+    const double lower = distance(x.lower, minimum_) / scale_;
+    const double upper = distance(x.upper, minimum_) / scale_;
     addRatio(standardized, 0, 1, shape_, lower, upper);
     addRatio(standardized, 1, shape_, shape_ + 1, lower, upper);
     addRatio(standardized, 2, shape_ * (shape_ + 1), shape_ + 2, lower, upper);
@@ -99,11 +101,11 @@ Moments Gamma::integratedMoments(const Limits& limits) const {
   Mixture kept;
   for (const Interval& x : KeptIntervals(limits, minimum_, infinity)) {
     const Anchor anchor = anchorAt(mode, minimum_, x);
-    const double y = anchor.isMode ? shape_ : anchor.fromOrigin / scale_;
-    const ExponentialScale t(anchor.fromOrigin, 1);
+    const double y = anchor.fromOrigin == shape_ * scale_ ? shape_ : anchor.fromOrigin / scale_;
+    const ExponentialScale t(minimum_, anchor.fromOrigin, 1);
     kept.add(integratedPiece(
-        anchor.value, {t.position(anchor.lower), t.position(anchor.upper)}, t,
-        [&](double u) { return (shape_ - y) * u - y * expm1LessT(u); },
+        anchor.point, {t.position(anchor.lower), t.position(anchor.upper)}, t,
+        [&](double u) { return lessExpm1(u, shape_, y); },
         logAtMode - m_Gamma::deviance(shape_, y)));
   }
   return kept.moments();

@@ -115,7 +115,9 @@ Moments Histogram::moments(const Limits& limits) const {
   for (const Bin& bin : bins_) {
     for (const auto& [lower, upper] : KeptIntervals(limits, bin.lower, bin.upper)) {
       const double width = upper - lower;
-      kept.add({std::log(width * bin.density), {lower + width / 2, width / std::sqrt(12.0)}});
+      kept.add({std::log(bin.probability) + std::log(width / (bin.upper - bin.lower)),
+                {lower, width / 2},
+                width / std::sqrt(12.0)});
     }
   }
   return kept.moments();
@@ -125,9 +127,10 @@ Moments Histogram::integratedMoments(const Limits& limits) const {
   Mixture kept;
   for (const Bin& bin : bins_) {
     for (const auto& [lower, upper] : KeptIntervals(limits, bin.lower, bin.upper)) {
+      const double width = upper - lower;
       kept.add(integratedPiece(
-          lower, {0, upper - lower}, LinearScale(1), [](double) { return 0; },
-          std::log(bin.density)));
+          {lower, 0}, {0, 1}, LinearScale(width), [](double) { return 0; },
+          std::log(bin.probability) + std::log(width / (bin.upper - bin.lower))));
     }
   }
   return kept.moments();

@@ -61,15 +61,16 @@ double expectation(double reach, double step, Function&& f) {
 /// The normal deviate of x in or at the ends of the range of an SU or SB curve.
 double deviate(double x, const Constants& c) {
   if (c.curve == Curve::SU) return c.gamma + c.delta * std::asinh((x - c.xi) / c.lambda);
-  const double toLower = x - c.xi;
-  const double toUpper = c.xi + c.lambda - x;
-  if (toLower <= 0) return -infinity;
-  if (toUpper <= 0) return infinity;
-  return c.gamma + c.delta * std::log(toLower / toUpper);
+  const Bounds ends = Bounds::ofWidth(c.xi, c.lambda);
+  const double below = ends.below(x);
+  const double above = ends.above(x);
+  if (below == 0) return -infinity;
+  if (above == 0) return infinity;
+  return c.gamma + c.delta * (std::log(below) - std::log(above));
 }
 
 KeptIntervals kept(const Constants& c, const Limits& limits) {
-  if (c.curve == Curve::SB) return {limits, c.xi, c.xi + c.lambda};
+  if (c.curve == Curve::SB) return {limits, c.xi, Bounds::ofWidth(c.xi, c.lambda).ceiling()};
   return {limits, -infinity, infinity};
 }
 
@@ -110,10 +111,9 @@ void addExponential(PartialMoments& sums, std::size_t order, int k, double facto
   const bool upper = a > shift;  // the smaller tails
   const auto add = [&](double z, double sign) {
     const double tail = m_Normal::NormalCDF(z - shift, upper);
-    if (tail == 0) return;
     const double rounded =
         std::isinf(z) ? 0 : (std::abs(z - shift) + 1) * (std::abs(z) + std::abs(shift) + c.delta);
-    sums.add(order, sign * factor * std::exp(exponent) * tail,
+    sums.add(order, sign * factor * std::exp(exponent), tail,
              4e-15 + 2e-16 * (rounded + std::abs(shift) * (std::abs(shift) + std::abs(c.gamma))));
   };
   add(b, upper ? -1 : 1);
@@ -313,23 +313,13 @@ Moments Johnson::integratedMoments(const Limits& limits) const {
     if (c_.lambda < 0) result.mean = -result.mean;
     return result;
   }
-  if (c_.curve == Curve::SB && c_.gamma < 0) {
-    // Most of the law lies beside the upper end, which is a rounded sum. The mirrored curve has it
-    // beside its lower end, where distances are exact.
-    Constants mirror = c_;
-    mirror.gamma = -c_.gamma;
-    mirror.xi = -(c_.xi + c_.lambda);
-    Moments result = Johnson(mirror).integratedMoments(mirrored(limits));
-    result.mean = -result.mean;
-    return result;
-  }
   // Over the normal deviate, from the median where Z = 0.
   const auto& [gamma, delta, lambda, xi, curve] = c_;
   const double rate = 1 / delta;
   const double atMedian = -gamma * rate;
   const auto piece = [](const Anchor& anchor, const Interval& t, const Scale& scale, double z) {
     return integratedPiece(
-        anchor.value, t, scale, [z](double u) { return -(z + u / 2) * u; },
+        anchor.point, t, scale, [z](double u) { return -(z + u / 2) * u; },
         -z * z / 2 - std::log(twoPi) / 2);
   };
   Mixture mixture;
@@ -341,15 +331,13 @@ Moments Johnson::integratedMoments(const Limits& limits) const {
       mixture.add(piece(anchor, {t.position(anchor.lower), t.position(anchor.upper)}, t,
                         anchor.isMode ? 0 : gamma + delta * start));
     } else {
-      const double end = xi + lambda;
-      const Anchor anchor = anchorAt(lambda * logistic(atMedian), xi, x);
-      const double below = anchor.fromOrigin;
-      const double above = anchor.isMode ? lambda * logistic(-atMedian) : end - anchor.value;
-      const LogisticScale t(below, above, rate);
-      mixture.add(
-          piece(anchor,
-                {t.position(anchor.lower, end - x.lower), t.position(anchor.upper, end - x.upper)},
-                t, anchor.isMode ? 0 : gamma + delta * std::log(below / above)));
+      const Bounds ends = Bounds::ofWidth(xi, lambda);
+      const Anchor anchor =
+          anchorWithin(ends, lambda * logistic(atMedian), lambda * logistic(-atMedian), x);
+      const LogisticScale t(ends, anchor.fromOrigin, anchor.toUpperEnd, rate);
+      const double logOdds = std::log(anchor.fromOrigin) - std::log(anchor.toUpperEnd);
+      mixture.add(piece(anchor, {t.position(anchor.lower), t.position(anchor.upper)}, t,
+                        anchor.isMode ? 0 : gamma + delta * logOdds));
     }
   }
   return mixture.moments();

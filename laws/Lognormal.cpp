@@ -18,10 +18,9 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 /// is `shift`.
 void addTail(PartialMoments& moments, int order, double z, double shift, bool upper,
              double factor) {
-  const double tail = factor * m_Normal::NormalCDF(z - shift, upper);
-  if (tail == 0) return;
+  const double tail = m_Normal::NormalCDF(z - shift, upper);
   const double roundedArgument = std::isinf(z) ? 0 : std::abs(z - shift) * (std::abs(z) + shift);
-  moments.add(static_cast<std::size_t>(order), tail, 4e-15 + 2e-16 * roundedArgument);
+  moments.add(static_cast<std::size_t>(order), factor, tail, 4e-15 + 2e-16 * roundedArgument);
 }
 
 }  // namespace
@@ -60,8 +59,8 @@ std::optional<Moments> Lognormal::moments(const Limits& limits) const {
   if (mean == 0 || std::isinf(mean)) return {};
   PartialMoments multiple;  // of the mean above the minimum
   for (const Interval& x : KeptIntervals(limits, minimum_, infinity)) {
-    const double a = (std::log(x.lower - minimum_) - location_) / scale_;
-    const double b = (std::log(x.upper - minimum_) - location_) / scale_;
+    const double a = (std::log(distance(x.lower, minimum_)) - location_) / scale_;
+    const double b = (std::log(distance(x.upper, minimum_)) - location_) / scale_;
     for (const int order : {0, 1, 2}) {
       const double shift = order * scale_;
       const bool upper = a > shift;  // the smaller tails
@@ -83,9 +82,9 @@ Moments Lognormal::integratedMoments(const Limits& limits) const {
     const Anchor anchor = anchorAt(std::max(median, smallest), minimum_, x);
     const double y = anchor.fromOrigin;
     const double z = y == median ? 0 : (std::log(y) - location_) / scale_;
-    const ExponentialScale t(y, scale_);
+    const ExponentialScale t(minimum_, y, scale_);
     kept.add(integratedPiece(
-        anchor.value, {t.position(anchor.lower), t.position(anchor.upper)}, t,
+        anchor.point, {t.position(anchor.lower), t.position(anchor.upper)}, t,
         [z](double u) { return -(z + u / 2) * u; }, -z * z / 2 - std::log(twoPi) / 2));
   }
   return kept.moments();

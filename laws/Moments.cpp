@@ -76,6 +76,10 @@ void addBend(const Scale& scale, std::vector<double>& breaks) {
 
 }  // namespace
 
+double distance(double x, double origin) {
+  return std::isinf(x) ? x : checked(x - origin);
+}
+
 KeptIntervals::KeptIntervals(const Limits& limits, double lowest, double highest) {
   const double lower = limits.lower ? std::max(*limits.lower, lowest) : lowest;
   const double upper = limits.upper ? std::min(*limits.upper, highest) : highest;
@@ -91,28 +95,38 @@ void KeptIntervals::add(double lower, double upper) {
   if (lower < upper) intervals_[count_++] = {lower, upper};
 }
 
-void Mixture::add(const Piece& piece) {
+void Mixture::add(Piece piece) {
   if (piece.logMass == -infinity) return;
-  if (logMass_ == -infinity) {
-    logMass_ = piece.logMass;
-    moments_ = piece.moments;
-    return;
-  }
-  const double gap = piece.logMass - logMass_;
-  const double share = 1 / (1 + std::exp(-gap));
-  const double rest = 1 / (1 + std::exp(gap));
-  const double between = piece.moments.mean - moments_.mean;
-  const double within =
-      std::hypot(std::sqrt(share) * piece.moments.sd, std::sqrt(rest) * moments_.sd);
-  moments_.mean += share * between;
-  moments_.sd = std::hypot(within, std::sqrt(share * rest) * between);
-  logMass_ = std::max(logMass_, piece.logMass) + std::log1p(std::exp(-std::abs(gap)));
+  // The heavier piece stays put: moved all the way from a light one, it would be rounded to that
+  // one's distance.
+  if (piece.logMass > whole_.logMass) std::swap(piece, whole_);
+  const double gap = whole_.logMass - piece.logMass;
+  const double share = 1 / (1 + std::exp(gap));
+  if (share == 0) return;
+  const double rest = 1 / (1 + std::exp(-gap));
+  const double between =
+      (piece.mean.base - whole_.mean.base) + (piece.mean.offset - whole_.mean.offset);
+  const double within = std::hypot(std::sqrt(share) * piece.sd, std::sqrt(rest) * whole_.sd);
+  whole_.mean.offset += share * between;
+  whole_.sd = std::hypot(within, std::sqrt(share) * std::sqrt(rest) * between);
+  whole_.logMass += std::log1p(std::exp(-gap));
 }
 
 Moments Mixture::moments() const {
-  refuseNaN(logMass_);
-  if (std::exp(logMass_) == 0) raise(fault::divisionByZero);
-  return {checked(moments_.mean), checked(moments_.sd)};
+  refuseNaN(whole_.logMass);
+  if (std::exp(whole_.logMass) == 0) raise(fault::divisionByZero);
+  return {checked(whole_.mean.base + whole_.mean.offset), checked(whole_.sd)};
+}
+
+Limits halved(const Limits& limits) {
+  Limits half;
+  if (limits.lower) half.lower = *limits.lower / 2;
+  if (limits.upper) half.upper = *limits.upper / 2;
+  return half;
+}
+
+Moments doubled(const Moments& ofHalf) {
+  return {checked(2 * ofHalf.mean), checked(2 * ofHalf.sd)};
 }
 
 std::optional<Moments> PartialMoments::moments() const {
@@ -133,50 +147,183 @@ std::optional<Moments> PartialMoments::moments() const {
   return Moments{mean, sd};
 }
 
+Bounds Bounds::ofWidth(double lower, double width) {
+  // D. E. Knuth, The Art of Computer Programming 2, 4.2.2, theorem B: the exact error of a sum.
+  const double upper = lower + width;
+  const double widthPart = upper - lower;
+  return {lower, upper, (lower - (upper - widthPart)) + (width - widthPart)};
+}
+
 Anchor anchorAt(double mode, double origin, const Interval& kept) {
-  const double lower = kept.lower - origin;
-  const double upper = kept.upper - origin;
+  const double lower = distance(kept.lower, origin);
+  const double upper = distance(kept.upper, origin);
   const double width = kept.upper - kept.lower;
-  if (mode <= lower) return {kept.lower, lower, {lower, 0}, {upper, width}, false};
-  if (mode >= upper) return {kept.upper, upper, {lower, -width}, {upper, 0}, false};
-  return {origin + mode, mode, {lower, lower - mode}, {upper, upper - mode}, true};
+  if (mode <= lower) return {{kept.lower, 0}, lower, infinity, {lower, 0}, {upper, width}, false};
+  if (mode >= upper) return {{kept.upper, 0}, upper, infinity, {lower, -width}, {upper, 0}, false};
+  return {{origin, mode}, mode, infinity, {lower, lower - mode}, {upper, upper - mode}, true};
+}
+
+Anchor anchorWithin(const Bounds& ends, double modeBelow, double modeAbove, const Interval& kept) {
+  constexpr double smallest = std::numeric_limits<double>::min();
+  if (modeBelow < smallest || modeAbove < smallest) {
+    Anchor anchor =
+        anchorWithin(ends, std::max(modeBelow, smallest), std::max(modeAbove, smallest), kept);
+    anchor.isMode = false;
+    return anchor;
+  }
+  const bool nearUpper = modeBelow > modeAbove;
+  const auto endAt = [&](double x) {
+    const double below = ends.below(x);
+    const double above = ends.above(x);
+    return End{below, nearUpper ? modeAbove - above : below - modeBelow, above};
+  };
+  End lower = endAt(kept.lower);
+  End upper = endAt(kept.upper);
+  const double width = kept.upper - kept.lower;
+  if (lower.fromAnchor >= 0) {
+    upper.fromAnchor = width;
+    lower.fromAnchor = 0;
+    return {{kept.lower, 0}, lower.fromOrigin, lower.toUpperEnd, lower, upper, false};
+  }
+  if (upper.fromAnchor <= 0) {
+    lower.fromAnchor = -width;
+    upper.fromAnchor = 0;
+    return {{kept.upper, 0}, upper.fromOrigin, upper.toUpperEnd, lower, upper, false};
+  }
+  const Point mode =
+      nearUpper ? Point{ends.upper, ends.rest - modeAbove} : Point{ends.lower, modeBelow};
+  return {mode, modeBelow, modeAbove, lower, upper, true};
 }
 
 double logRatio(double a, double b, double difference) {
   return std::abs(difference) < b / 2 ? std::log1p(difference / b) : std::log(a) - std::log(b);
 }
 
+double LogisticScale::distance(double t) const {
+  // Counted from the nearer end, at first `near`, the value moves away by the factor e^s.
+  const bool nearUpper = above_ < below_;
+  const double s = nearUpper ? -rate_ * t : rate_ * t;
+  const double ratio = nearUpper ? above_ / below_ : below_ / above_;
+  const double moved =
+      s < 0 ? std::expm1(s) / (1 + ratio * std::exp(s)) : -std::expm1(-s) / (std::exp(-s) + ratio);
+  return nearUpper ? -moved : moved;
+}
+
+double LogisticScale::logDistance(double t) const {
+  const double s = std::abs(rate_ * t);
+  const double toward = t < 0 ? logAbove_ - logBelow_ : logBelow_ - logAbove_;
+  // |distance| = below (1 - e^-s)/(1 + (below/above) e^-s) downwards, likewise upwards.
+  return (t < 0 ? logBelow_ : logAbove_) - std::log(unit()) + std::log(-std::expm1(-s)) -
+         softplus(-toward - s);
+}
+
+double LogisticScale::logAboveLowerEnd(double t) const {
+  const double logRatio = logBelow_ - logAbove_;
+  return logBelow_ - std::log(unit()) + rate_ * t + softplus(logRatio) -
+         softplus(logRatio + rate_ * t);
+}
+
+double LogisticScale::logBelowUpperEnd(double t) const {
+  const double logRatio = logAbove_ - logBelow_;
+  return logAbove_ - std::log(unit()) - rate_ * t + softplus(logRatio) -
+         softplus(logRatio - rate_ * t);
+}
+
 double SinhScale::position(const End& end) const {
   if (std::isinf(end.fromOrigin)) return end.fromOrigin;
   // The difference of two inverse hyperbolic sines as one, with its argument free of cancellation.
   const double a = std::sinh(start_);
-  const double b = end.fromOrigin / unit_;
+  const double b = end.fromOrigin / unit();
   const double aRoot = std::hypot(1, a);
   const double bRoot = std::hypot(1, b);
   const bool sameSign = (a < 0) == (b < 0);
-  const double argument =
-      sameSign ? end.fromAnchor / unit_ * (a + b) / (b * aRoot + a * bRoot) : b * aRoot - a * bRoot;
+  const double argument = sameSign ? end.fromAnchor / unit() * (a + b) / (b * aRoot + a * bRoot)
+                                   : b * aRoot - a * bRoot;
   return std::asinh(argument) / rate_;
 }
 
 double SinhScale::logDistance(double t) const {
   const double half = rate_ * t / 2;
-  const auto log2cosh = [](double u) {
-    return std::abs(u) + std::log1p(std::exp(-2 * std::abs(u)));
-  };
   const auto logSinh = [](double u) {
     return std::abs(u) + std::log(-std::expm1(-2 * std::abs(u)) / 2);
   };
-  return std::log(unit_) + log2cosh(start_ + half) + logSinh(half);
+  const double slope = 2 * std::abs(start_ + half);
+  return slope / 2 + std::log1p(std::exp(-slope)) + logSinh(half);
 }
 
-Piece integratedPiece(double anchor, const Interval& t, const Scale& scale,
+namespace {
+
+/// Distances from a point in units of the scale, and the logarithms of their sizes.
+struct Distances {
+  Point from;
+  std::function<double(double t)> value;
+  std::function<double(double t)> logarithm;
+};
+
+/// Integrals over the density of a piece.
+class PieceIntegrals {
+ public:
+  PieceIntegrals(const std::function<double(double)>& logDensity, std::span<const double> breaks)
+      : logDensity_(logDensity),
+        breaks_(breaks),
+        mass_(m_Integration::integrate([&](double t) { return std::exp(logDensity(t)); }, breaks)) {
+  }
+
+  [[nodiscard]] double mass() const { return mass_; }
+
+  [[nodiscard]] double mean(const Distances& distances) const {
+    const double peak = highest(1, distances);
+    const double first = m_Integration::integrate(
+        [&](double t) {
+          return std::copysign(std::exp(logDensity_(t) + distances.logarithm(t) - peak),
+                               distances.value(t));
+        },
+        breaks_);
+    return first / mass_ * std::exp(peak);
+  }
+
+  /// The standard deviation, where the mean is as `mean` gives it, with a unit that may make up for
+  /// what a multiple of it alone would lose to overflow.
+  [[nodiscard]] double deviation(const Distances& distances, double mean, double unit) const {
+    const double peak = highest(2, distances);
+    const double second = m_Integration::integrate(
+        [&](double t) {
+          const double fromMean = distances.value(t) - mean;
+          const double logarithm =
+              std::isfinite(fromMean) ? std::log(std::abs(fromMean)) : distances.logarithm(t);
+          return std::exp(logDensity_(t) + 2 * logarithm - peak);
+        },
+        breaks_);
+    return std::sqrt(second / mass_) * std::exp(peak / 2 + std::log(unit));
+  }
+
+ private:
+  /// Logarithm of the largest integrand of an order. Integrals are in units of that: neither the
+  /// density nor the square of a distance needs to be a double.
+  [[nodiscard]] double highest(int order, const Distances& distances) const {
+    double peak = -infinity;
+    for (const double t : breaks_) {
+      peak = std::max(peak, logDensity_(t) + order * distances.logarithm(t));
+    }
+    return peak;
+  }
+
+  const std::function<double(double)>& logDensity_;
+  std::span<const double> breaks_;
+  double mass_;
+};
+
+}  // namespace
+
+Piece integratedPiece(const Point& anchor, const Interval& t, const Scale& scale,
                       const std::function<double(double)>& logDensity, double logAtAnchor) {
   // No width of an interval makes up for a density as small as this.
-  if (logAtAnchor < -1500) return {-infinity, {0, 0}};
+  if (logAtAnchor < -1500) return {-infinity, {0, 0}, 0};
   double step = scale.length();
   if (t.lower < 0) step = std::min(step, firstStep(logDensity, t.lower));
   if (t.upper > 0) step = std::min(step, firstStep(logDensity, t.upper));
+  const bool hasWidth = t.lower <= 0 && 0 <= t.upper && t.lower < t.upper;
+  if (!(hasWidth && step > 0 && scale.unit() > 0)) raise(fault::overflow);
 
   std::vector<double> breaks{0};
   Peaks peaks{0, -infinity, -infinity};
@@ -184,30 +331,37 @@ Piece integratedPiece(double anchor, const Interval& t, const Scale& scale,
   walk(logDensity, scale, step, t.upper, breaks, peaks);
   addBend(scale, breaks);
 
-  // Each integral in units of its integrand's peak: neither the density nor the square of a
-  // distance needs to be a double.
-  const double mass =
-      m_Integration::integrate([&](double u) { return std::exp(logDensity(u)); }, breaks);
-  const double first = m_Integration::integrate(
-      [&](double u) {
-        return std::copysign(std::exp(logDensity(u) + scale.logDistance(u) - peaks[1]), u);
-      },
-      breaks);
-  const double toMean = first / mass * std::exp(peaks[1]);
-  const double second = m_Integration::integrate(
-      [&](double u) {
-        const double distance = scale.distance(u) - toMean;
-        const double logDistance =
-            std::isfinite(distance) ? std::log(std::abs(distance)) : scale.logDistance(u);
-        return std::exp(logDensity(u) + 2 * logDistance - peaks[2]);
-      },
-      breaks);
-  return {logAtAnchor + std::log(mass),
-          {anchor + toMean, std::sqrt(second / mass) * std::exp(peaks[2] / 2)}};
+  const PieceIntegrals integrals(logDensity, breaks);
+  const auto piece = [&](const Distances& distances, double mean) -> Piece {
+    return {logAtAnchor + std::log(integrals.mass()),
+            {distances.from.base, distances.from.offset + scale.unit() * mean},
+            integrals.deviation(distances, mean, scale.unit())};
+  };
+  const Distances fromAnchor{anchor, [&](double u) { return scale.distance(u); },
+                             [&](double u) { return scale.logDistance(u); }};
+  const double mean = integrals.mean(fromAnchor);
+  const double above = std::exp(scale.logAboveLowerEnd(0));
+  const double below = std::exp(scale.logBelowUpperEnd(0));
+  if (mean < -above / 2) {
+    const Distances fromEnd{scale.lowerEnd(),
+                            [&](double u) { return std::exp(scale.logAboveLowerEnd(u)); },
+                            [&](double u) { return scale.logAboveLowerEnd(u); }};
+    return piece(fromEnd, integrals.mean(fromEnd));
+  }
+  if (mean > below / 2) {
+    const Distances fromEnd{scale.upperEnd(),
+                            [&](double u) { return -std::exp(scale.logBelowUpperEnd(u)); },
+                            [&](double u) { return scale.logBelowUpperEnd(u); }};
+    return piece(fromEnd, integrals.mean(fromEnd));
+  }
+  return piece(fromAnchor, mean);
+}
+
+double softplus(double x) {
+  return std::max(x, 0.0) + std::log1p(std::exp(-std::abs(x)));
 }
 
 double expm1LessT(double t) {
-  if (std::abs(t) > 0.5) return std::expm1(t) - t;
   double term = t * t / 2;
   double sum = term;
   for (int n = 3; n < 20; ++n) {
@@ -215,6 +369,11 @@ double expm1LessT(double t) {
     sum += term;
   }
   return sum;
+}
+
+double lessExpm1(double t, double a, double b) {
+  if (std::abs(t) > 0.5) return a * t - b * std::expm1(t);
+  return (a - b) * t - b * expm1LessT(t);
 }
 
 }  // namespace palvex::laws

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <functional>
@@ -30,6 +31,14 @@ struct Moments {
 
 // ---- kept intervals ----
 
+/// x - origin, infinite for an infinite x. Error 6 where it leaves the double range.
+double distance(double x, double origin);
+
+/// Whether a distance in units of another has lost digits, or all, to underflow.
+inline bool underflows(double distance, double unit) {
+  return distance > 0 && distance / unit < std::numeric_limits<double>::min();
+}
+
 struct Interval {
   double lower;
   double upper;
@@ -52,23 +61,35 @@ class KeptIntervals {
   std::size_t count_ = 0;
 };
 
+/// The number base + offset, which as one double would lose what tells near points far from 0
+/// apart.
+struct Point {
+  double base;
+  double offset;
+};
+
 /// A law restricted to one interval: the logarithm of the interval's probability (up to a constant
 /// that the law's other intervals share) and the moments in it.
 struct Piece {
   double logMass;
-  Moments moments;
+  Point mean;
+  double sd;
 };
 
 /// The moments of a law's pieces together. Error 11 when none has any probability.
 class Mixture {
  public:
-  void add(const Piece& piece);
+  void add(Piece piece);
   [[nodiscard]] Moments moments() const;
 
  private:
-  double logMass_ = -std::numeric_limits<double>::infinity();
-  Moments moments_{0, 0};
+  Piece whole_{-std::numeric_limits<double>::infinity(), {0, 0}, 0};
 };
+
+/// The moments of a law whose ends lie farther apart than the largest double, from the same law at
+/// half its size.
+Limits halved(const Limits& limits);
+Moments doubled(const Moments& ofHalf);
 
 // ---- closed forms ----
 
@@ -76,10 +97,12 @@ class Mixture {
 /// rounding errors.
 class PartialMoments {
  public:
-  /// Adds a term to the sum of an order. `relativeError` is the term's own.
-  void add(std::size_t order, double term, double relativeError) {
-    sums_[order] += term;
-    errors_[order] += std::abs(term) * relativeError;
+  /// Adds factor times tail to the sum of an order. `relativeError` is that of the term; a tail
+  /// below about 1e-290 is less certain, having lost digits or all to underflow.
+  void add(std::size_t order, double factor, double tail, double relativeError) {
+    constexpr double underflow = 1e-305;
+    sums_[order] += factor * tail;
+    errors_[order] += std::abs(factor) * std::max(std::abs(tail) * relativeError, underflow);
   }
 
   /// The moments about the origin, or nothing where cancellation leaves the mean or the standard
@@ -93,17 +116,37 @@ class PartialMoments {
 
 // ---- integration ----
 
-/// An end of a kept interval. Both distances are kept, since neither gives the other without
+/// Where a law with two ends begins and ends. The upper end is upper + rest: what the sum of a
+/// minimum and a width rounds away matters where the values crowd beside it.
+struct Bounds {
+  double lower;
+  double upper;
+  double rest = 0;
+
+  /// Of lower + width.
+  static Bounds ofWidth(double lower, double width);
+  /// Distances of x from the ends, 0 at and beyond them.
+  [[nodiscard]] double below(double x) const { return std::max(x - lower, 0.0); }
+  [[nodiscard]] double above(double x) const { return std::max(upper - x + rest, 0.0); }
+  /// The first double that is not below the upper end.
+  [[nodiscard]] double ceiling() const {
+    return rest > 0 ? std::nextafter(upper, std::numeric_limits<double>::infinity()) : upper;
+  }
+};
+
+/// An end of a kept interval. Its distances are all kept, since none gives another without
 /// rounding.
 struct End {
   double fromOrigin;
   double fromAnchor;
+  double toUpperEnd = std::numeric_limits<double>::infinity();  // of the law
 };
 
 /// Where in a kept interval an integration starts: at the mode, or the end nearest to it.
 struct Anchor {
-  double value;
-  double fromOrigin;  // value less the law's origin
+  Point point;
+  double fromOrigin;
+  double toUpperEnd;
   End lower;
   End upper;
   bool isMode;
@@ -112,105 +155,123 @@ struct Anchor {
 /// @param origin  where the law's own coordinate starts; `mode` counts from there
 Anchor anchorAt(double mode, double origin, const Interval& kept);
 
+/// The same for a law with two ends. The mode's distances from both are given.
+Anchor anchorWithin(const Bounds& ends, double modeBelow, double modeAbove, const Interval& kept);
+
 /// ln(a/b) for b > 0, the difference a - b being known more precisely.
 double logRatio(double a, double b, double difference);
 
-/// The distance from the anchor as a function of the variable t of an integral, increasing and 0 at
-/// t = 0. Each scale's `position` is the t of an end.
+/// Values x as a function of the variable t of an integral, increasing; t = 0 is the anchor. All
+/// distances are in multiples of `unit`. Each scale's `position` is the t of an end.
 class Scale {
  public:
-  Scale() = default;
+  explicit Scale(double unit) : unit_(unit) {}
+  /// The ends count for a scale that has logarithms of the distances from them.
+  Scale(double unit, Point lowerEnd, Point upperEnd)
+      : unit_(unit), lowerEnd_(lowerEnd), upperEnd_(upperEnd) {}
   Scale(const Scale&) = delete;
   Scale& operator=(const Scale&) = delete;
   virtual ~Scale() = default;
+  [[nodiscard]] double unit() const { return unit_; }
+  [[nodiscard]] const Point& lowerEnd() const { return lowerEnd_; }
+  [[nodiscard]] const Point& upperEnd() const { return upperEnd_; }
+  /// From the anchor.
   [[nodiscard]] virtual double distance(double t) const = 0;
+  /// ln |distance(t)|, also where the distance exceeds the double range.
+  [[nodiscard]] virtual double logDistance(double t) const = 0;
+  /// Logarithms of the distances from the ends of the law, where the scale has one. Values may
+  /// crowd there so closely that their distances from the anchor would all be one number.
+  [[nodiscard]] virtual double logAboveLowerEnd(double) const { return infinity; }
+  [[nodiscard]] virtual double logBelowUpperEnd(double) const { return infinity; }
   /// A length in t on which the distance is smooth around the anchor.
-  [[nodiscard]] virtual double length() const { return std::numeric_limits<double>::infinity(); }
+  [[nodiscard]] virtual double length() const { return infinity; }
   /// Where, apart from the anchor, the distance bends on that length.
   [[nodiscard]] virtual double bend() const { return 0; }
-  /// ln |distance(t)|, also where the distance exceeds the double range.
-  [[nodiscard]] virtual double logDistance(double t) const {
-    return std::log(std::abs(distance(t)));
-  }
+
+ protected:
+  static constexpr double infinity = std::numeric_limits<double>::infinity();
+
+ private:
+  double unit_;
+  Point lowerEnd_{-infinity, 0};
+  Point upperEnd_{infinity, 0};
 };
 
 /// unit t
 class LinearScale : public Scale {
  public:
-  explicit LinearScale(double unit) : unit_(unit) {}
-  [[nodiscard]] double distance(double t) const override { return unit_ * t; }
-  [[nodiscard]] double position(const End& end) const { return end.fromAnchor / unit_; }
-
- private:
-  double unit_;
+  explicit LinearScale(double unit) : Scale(unit) {}
+  [[nodiscard]] double distance(double t) const override { return t; }
+  [[nodiscard]] double logDistance(double t) const override { return std::log(std::abs(t)); }
+  [[nodiscard]] double position(const End& end) const { return end.fromAnchor / unit(); }
 };
 
-/// value (exp(rate t) - 1): t runs over the logarithm of a value > 0, in units of 1/rate.
+/// fromOrigin (exp(rate t) - 1): t runs over the logarithm of the distance from the law's origin,
+/// which is its lower end, in units of 1/rate.
 class ExponentialScale : public Scale {
  public:
-  ExponentialScale(double value, double rate)
-      : value_(value), rate_(rate), logValue_(std::log(value)) {}
-  [[nodiscard]] double distance(double t) const override { return value_ * std::expm1(rate_ * t); }
-  [[nodiscard]] double length() const override { return 1 / rate_; }
-  [[nodiscard]] double position(const End& end) const {
-    return logRatio(end.fromOrigin, value_, end.fromAnchor) / rate_;
-  }
+  ExponentialScale(double origin, double fromOrigin, double rate)
+      : Scale(fromOrigin, {origin, 0}, {infinity, 0}), rate_(rate) {}
+  [[nodiscard]] double distance(double t) const override { return std::expm1(rate_ * t); }
   [[nodiscard]] double logDistance(double t) const override {
     const double exponent = rate_ * t;
-    return logValue_ + (exponent > 40 ? exponent : std::log(std::abs(std::expm1(exponent))));
+    return exponent > 40 ? exponent : std::log(std::abs(std::expm1(exponent)));
+  }
+  [[nodiscard]] double logAboveLowerEnd(double t) const override { return rate_ * t; }
+  [[nodiscard]] double length() const override { return 1 / rate_; }
+  [[nodiscard]] double position(const End& end) const {
+    return logRatio(end.fromOrigin, unit(), end.fromAnchor) / rate_;
   }
 
  private:
-  double value_;
   double rate_;
-  double logValue_;
 };
 
-/// On an interval, at the distances `below` and `above` from its ends: t runs over the logarithm of
-/// the ratio of these distances, in units of 1/rate.
+/// Between the law's two ends, with the anchor at the distances `below` and `above` from them: t
+/// runs over the logarithm of the ratio of these distances, in units of 1/rate.
 class LogisticScale : public Scale {
  public:
-  LogisticScale(double below, double above, double rate)
-      : below_(below), above_(above), rate_(rate) {}
-  [[nodiscard]] double distance(double t) const override {
-    const double exponent = -std::abs(rate_ * t);
-    const double factor = std::exp(exponent);
-    const double fall = std::expm1(exponent);
-    return t < 0 ? below_ * (above_ * fall / (above_ + below_ * factor))
-                 : -above_ * (below_ * fall / (below_ + above_ * factor));
-  }
+  LogisticScale(const Bounds& ends, double below, double above, double rate)
+      : Scale(std::min(below, above), {ends.lower, 0}, {ends.upper, ends.rest}),
+        below_(below),
+        above_(above),
+        logBelow_(std::log(below)),
+        logAbove_(std::log(above)),
+        rate_(rate) {}
+  [[nodiscard]] double distance(double t) const override;
+  [[nodiscard]] double logDistance(double t) const override;
+  [[nodiscard]] double logAboveLowerEnd(double t) const override;
+  [[nodiscard]] double logBelowUpperEnd(double t) const override;
   [[nodiscard]] double length() const override { return 1 / rate_; }
-  [[nodiscard]] double bend() const override {
-    return (std::log(above_) - std::log(below_)) / rate_;
-  }
-  /// @param below  distance from the interval's lower end; `above` from its upper end
-  [[nodiscard]] double position(const End& below, double above) const {
-    return (logRatio(below.fromOrigin, below_, below.fromAnchor) -
-            logRatio(above, above_, -below.fromAnchor)) /
+  [[nodiscard]] double bend() const override { return (logAbove_ - logBelow_) / rate_; }
+  [[nodiscard]] double position(const End& end) const {
+    return (logRatio(end.fromOrigin, below_, end.fromAnchor) -
+            logRatio(end.toUpperEnd, above_, -end.fromAnchor)) /
            rate_;
   }
 
  private:
   double below_;
   double above_;
+  double logBelow_;
+  double logAbove_;
   double rate_;
 };
 
 /// unit (sinh(start + rate t) - sinh(start))
 class SinhScale : public Scale {
  public:
-  SinhScale(double unit, double start, double rate) : unit_(unit), start_(start), rate_(rate) {}
+  SinhScale(double unit, double start, double rate) : Scale(unit), start_(start), rate_(rate) {}
   [[nodiscard]] double distance(double t) const override {
     const double half = rate_ * t / 2;
-    return unit_ * 2 * std::cosh(start_ + half) * std::sinh(half);
+    return 2 * std::cosh(start_ + half) * std::sinh(half);
   }
+  [[nodiscard]] double logDistance(double t) const override;
   [[nodiscard]] double length() const override { return 1 / rate_; }
   [[nodiscard]] double bend() const override { return -start_ / rate_; }
   [[nodiscard]] double position(const End& end) const;
-  [[nodiscard]] double logDistance(double t) const override;
 
  private:
-  double unit_;
   double start_;
   double rate_;
 };
@@ -221,10 +282,17 @@ class SinhScale : public Scale {
 ///                      at the anchor, and falling at least exponentially where the interval is
 ///                      infinite in t
 /// @param logAtAnchor   logarithm of the density of t at the anchor
-Piece integratedPiece(double anchor, const Interval& t, const Scale& scale,
+/// Error 6 where the interval has no width in t, or the scale no length.
+Piece integratedPiece(const Point& anchor, const Interval& t, const Scale& scale,
                       const std::function<double(double)>& logDensity, double logAtAnchor);
 
-/// e^t - 1 - t, without cancellation around 0.
+/// ln(1 + e^x)
+double softplus(double x);
+
+/// e^t - 1 - t for |t| <= 0.5, without cancellation around 0.
 double expm1LessT(double t);
+
+/// a t - b (e^t - 1), without cancellation around 0.
+double lessExpm1(double t, double a, double b);
 
 }  // namespace palvex::laws

@@ -16,14 +16,14 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 /// Adds, with a sign, the integrals of the density, of z times and of z^2 times the density up to
 /// z; or, apart from a constant, their negatives above z.
 void addIntegrals(PartialMoments& moments, double z, bool upper, double sign) {
-  const double tail = (upper ? -sign : sign) * m_Normal::NormalCDF(z, upper);
-  const double bell = sign * std::exp(-z * z / 2) / std::sqrt(twoPi);
+  const double tail = m_Normal::NormalCDF(z, upper);
   const double accuracy = std::isinf(z) ? 1e-15 : 1e-15 * (4 + z * z);
-  moments.add(0, tail, accuracy);
-  moments.add(2, tail, accuracy);
-  if (bell == 0) return;
-  moments.add(1, -bell, accuracy);
-  moments.add(2, -z * bell, accuracy);
+  moments.add(0, upper ? -sign : sign, tail, accuracy);
+  moments.add(2, upper ? -sign : sign, tail, accuracy);
+  if (std::isinf(z)) return;
+  const double bell = std::exp(-z * z / 2) / std::sqrt(twoPi);
+  moments.add(1, -sign, bell, accuracy);
+  moments.add(2, -sign * z, bell, accuracy);
 }
 
 }  // namespace
@@ -48,8 +48,8 @@ std::optional<Moments> Normal::moments(const Limits& limits) const {
   if (!limits.lower && !limits.upper) return Moments{mean_, sd_};
   PartialMoments deviate;
   for (const Interval& x : KeptIntervals(limits, -infinity, infinity)) {
-    const double a = (x.lower - mean_) / sd_;
-    const double b = (x.upper - mean_) / sd_;
+    const double a = distance(x.lower, mean_) / sd_;
+    const double b = distance(x.upper, mean_) / sd_;
     const bool upper = a > 0;  // the smaller tails
     addIntegrals(deviate, b, upper, 1);
     addIntegrals(deviate, a, upper, -1);
@@ -66,7 +66,7 @@ Moments Normal::integratedMoments(const Limits& limits) const {
     const double z = anchor.fromOrigin / sd_;
     const LinearScale scale(sd_);
     kept.add(integratedPiece(
-        anchor.value, {scale.position(anchor.lower), scale.position(anchor.upper)}, scale,
+        anchor.point, {scale.position(anchor.lower), scale.position(anchor.upper)}, scale,
         [z](double t) { return -(z + t / 2) * t; }, -z * z / 2 - std::log(twoPi) / 2));
   }
   return kept.moments();

@@ -1,5 +1,6 @@
 #include "laws/Triangular.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -13,14 +14,16 @@ bool ordered(double minimum, double likely, double maximum) {
   return minimum <= likely && likely <= maximum;
 }
 
-/// The piece of an interval where the density runs linearly between its values at the ends, given
-/// in units of the peak of a triangle over `width`.
-Piece linearPiece(const Interval& x, double atLower, double atUpper, double width) {
+/// The piece of an interval on one side of the peak, whose ends are at the distances `lower` and
+/// `upper` from the side's outer end. There the density is in proportion to the distance.
+Piece linearPiece(const Interval& x, double lower, double upper, double logSide) {
   const double length = x.upper - x.lower;
-  const double share = atUpper / (atLower + atUpper);
-  return {
-      std::log(length / width * (atLower + atUpper)),
-      {x.lower + length * (1 + share) / 3, length * std::sqrt((1 + 2 * share * (1 - share)) / 18)}};
+  const double share = 1 / (1 + lower / upper);
+  const double greater = std::max(lower, upper);
+  const double logSum = std::log(greater) + std::log1p(std::min(lower, upper) / greater);
+  return {std::log(length) + logSum - logSide,
+          {x.lower, length * ((1 + share) / 3)},
+          length * std::sqrt((1 + 2 * share * (1 - share)) / 18)};
 }
 
 }  // namespace
@@ -63,14 +66,16 @@ Tails Triangular::tails(double x) const noexcept {
 
 Moments Triangular::moments(const Limits& limits) const {
   if (!ordered(minimum_, likely_, maximum_)) raise(fault::invalidCall);
+  const double width = maximum_ - minimum_;
+  if (std::isinf(width)) return doubled(half().moments(halved(limits)));
   Mixture kept;
-  for (const auto& [lower, upper] : KeptIntervals(limits, minimum_, likely_)) {
-    kept.add(linearPiece({lower, upper}, (lower - minimum_) / (likely_ - minimum_),
-                         (upper - minimum_) / (likely_ - minimum_), maximum_ - minimum_));
+  for (const Interval& x : KeptIntervals(limits, minimum_, likely_)) {
+    kept.add(linearPiece(x, x.lower - minimum_, x.upper - minimum_,
+                         std::log(likely_ - minimum_) + std::log(width)));
   }
-  for (const auto& [lower, upper] : KeptIntervals(limits, likely_, maximum_)) {
-    kept.add(linearPiece({lower, upper}, (maximum_ - lower) / (maximum_ - likely_),
-                         (maximum_ - upper) / (maximum_ - likely_), maximum_ - minimum_));
+  for (const Interval& x : KeptIntervals(limits, likely_, maximum_)) {
+    kept.add(linearPiece(x, maximum_ - x.lower, maximum_ - x.upper,
+                         std::log(maximum_ - likely_) + std::log(width)));
   }
   return kept.moments();
 }
@@ -80,18 +85,19 @@ Moments Triangular::integratedMoments(const Limits& limits) const {
   // t runs from the interval's end next to the peak, in units of the distance to the outer end of
   // the side.
   const double width = maximum_ - minimum_;
+  if (std::isinf(width)) return doubled(half().integratedMoments(halved(limits)));
   Mixture kept;
   for (const auto& [lower, upper] : KeptIntervals(limits, minimum_, likely_)) {
     const double outward = upper - minimum_;
     kept.add(integratedPiece(
-        upper, {(lower - upper) / outward, 0}, LinearScale(outward),
+        {upper, 0}, {(lower - upper) / outward, 0}, LinearScale(outward),
         [](double t) { return std::log1p(t); },
         2 * std::log(outward) - std::log(likely_ - minimum_) - std::log(width)));
   }
   for (const auto& [lower, upper] : KeptIntervals(limits, likely_, maximum_)) {
     const double outward = maximum_ - lower;
     kept.add(integratedPiece(
-        lower, {0, (upper - lower) / outward}, LinearScale(outward),
+        {lower, 0}, {0, (upper - lower) / outward}, LinearScale(outward),
         [](double t) { return std::log1p(-t); },
         2 * std::log(outward) - std::log(maximum_ - likely_) - std::log(width)));
   }

@@ -53,6 +53,8 @@ class Triangular {
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:
+  [[nodiscard]] Triangular half() const { return {minimum_ / 2, likely_ / 2, maximum_ / 2}; }
+
   double minimum_;
   double likely_;
   double maximum_;

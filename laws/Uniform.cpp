@@ -21,21 +21,26 @@ double Uniform::logDensity(double x) const noexcept {
 }
 
 Moments Uniform::moments(const Limits& limits) const {
+  const double whole = maximum_ - minimum_;
+  if (std::isinf(whole)) return doubled(half().moments(halved(limits)));
   Mixture kept;
   for (const auto& [lower, upper] : KeptIntervals(limits, minimum_, maximum_)) {
     const double width = upper - lower;
-    kept.add(
-        {std::log(width / (maximum_ - minimum_)), {lower + width / 2, width / std::sqrt(12.0)}});
+    kept.add({std::log(width / whole), {lower, width / 2}, width / std::sqrt(12.0)});
   }
   return kept.moments();
 }
 
 Moments Uniform::integratedMoments(const Limits& limits) const {
+  const double whole = maximum_ - minimum_;
+  if (std::isinf(whole)) {
+    return doubled(half().integratedMoments(halved(limits)));
+  }
   Mixture kept;
   for (const auto& [lower, upper] : KeptIntervals(limits, minimum_, maximum_)) {
+    const double width = upper - lower;
     kept.add(integratedPiece(
-        lower, {0, upper - lower}, LinearScale(1), [](double) { return 0; },
-        -std::log(maximum_ - minimum_)));
+        {lower, 0}, {0, 1}, LinearScale(width), [](double) { return 0; }, std::log(width / whole)));
   }
   return kept.moments();
 }

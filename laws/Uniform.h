@@ -40,6 +40,8 @@ class Uniform {
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:
+  [[nodiscard]] Uniform half() const { return {minimum_ / 2, maximum_ / 2}; }
+
   double minimum_;
   double maximum_;
   double halfWidth_;  // the width itself may overflow

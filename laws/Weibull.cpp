@@ -39,8 +39,12 @@ std::optional<Moments> Weibull::moments(const Limits& limits) const {
   if (1 + 2 / shape_ > largestArgument) return {};
   PartialMoments standardized;
   for (const Interval& x : KeptIntervals(limits, minimum_, infinity)) {
-    const double lower = std::pow((x.lower - minimum_) / scale_, shape_);
-    const double upper = std::pow((x.upper - minimum_) / scale_, shape_);
+    const auto tooClose = [&](double limit) {
+      return underflows(distance(limit, minimum_), scale_);
+    };
+    if (tooClose(x.lower) || tooClose(x.upper)) return {};
+    const double lower = std::pow(distance(x.lower, minimum_) / scale_, shape_);
+    const double upper = std::pow(distance(x.upper, minimum_) / scale_, shape_);
     for (const int order : {0, 1, 2}) {
       const double argument = 1 + order / shape_;
       addRatio(standardized, order, m_Gamma::gamma(argument), argument, lower, upper);
@@ -59,10 +63,10 @@ Moments Weibull::integratedMoments(const Limits& limits) const {
     const double logPower = shape_ * logRatio(y, scale_, y - scale_);
     const double power = std::exp(logPower);
     // t runs over the logarithm of ((x - minimum)/scale)^shape.
-    const ExponentialScale t(y, 1 / shape_);
+    const ExponentialScale t(minimum_, y, 1 / shape_);
     kept.add(integratedPiece(
-        anchor.value, {t.position(anchor.lower), t.position(anchor.upper)}, t,
-        [power](double u) { return (1 - power) * u - power * expm1LessT(u); }, logPower - power));
+        anchor.point, {t.position(anchor.lower), t.position(anchor.upper)}, t,
+        [power](double u) { return lessExpm1(u, 1, power); }, logPower - power));
   }
   return kept.moments();
 }

@@ -12,7 +12,7 @@ namespace palvex::m_Integration {
 namespace {
 
 constexpr double tolerance = 1e-12;
-constexpr std::size_t mostPanels = 10000;
+constexpr std::size_t mostPanels = 2000;
 
 struct Panel {
   double from;
@@ -81,7 +81,20 @@ double integrate(const std::function<double(double)>& f, std::span<const double>
     std::push_heap(panels.begin(), panels.end(), moreAccurate);
   };
   for (std::size_t i = 1; i < breaks.size(); ++i) add(breaks[i - 1], breaks[i]);
-  while (error > tolerance * magnitude) {
+  const auto settled = [&] { return error <= tolerance * magnitude; };
+  const auto sumAfresh = [&] {
+    magnitude = 0;
+    error = 0;
+    for (const Panel& p : panels) {
+      magnitude += p.magnitude;
+      error += p.error;
+    }
+  };
+  while (true) {
+    // What large panels left of themselves when they were subtracted is no part of the sums.
+    const bool stale = error > 2 * static_cast<double>(panels.size()) * panels.front().error;
+    if (stale || settled()) sumAfresh();
+    if (settled()) break;
     if (panels.size() > mostPanels + breaks.size()) raise(fault::overflow);
     std::pop_heap(panels.begin(), panels.end(), moreAccurate);
     const Panel worst = panels.back();

@@ -13,7 +13,7 @@ namespace palvex::m_Integration {
 /// Doncker-Kapenga, C. W. Uberhuber, D. K. Kahaner, QUADPACK, Springer 1983.
 /// @param f       finite between the breaks; it is not asked at the breaks themselves
 /// @param breaks  at least two, finite and increasing; f may be less smooth there
-/// @throws RuntimeError 6 where f is not finite, or so rough that 10000 pieces do not settle it
+/// @throws RuntimeError 6 where f is not finite, or so rough that 2000 pieces do not settle it
 double integrate(const std::function<double(double)>& f, std::span<const double> breaks);
 
 }  // namespace palvex::m_Integration
