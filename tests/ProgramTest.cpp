@@ -1,6 +1,5 @@
 // The built program, run by the shell: what it prints, how it ends.
 
-#include <fmt/core.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,8 +10,6 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
-
-#include "engine/c_Distribution.h"
 
 namespace {
 
@@ -93,31 +90,6 @@ TEST_F(Program, AnswersAsTheTranscriptsShow) {
   EXPECT_GT(commands, 50U);
 }
 
-TEST_F(Program, EvaluatesAsTheEngineDoes) {
-  palvex::c_Distribution normal;
-  normal.distType("Normal");
-  normal.param1 = 10;
-  normal.param2 = 2;
-  normal.ltl = 10;
-  std::string cause;
-  ASSERT_TRUE(normal.ParamsOK(cause));
-  const auto rows = [&](const char* pattern, std::initializer_list<double> xs) {
-    std::string text;
-    for (const double x : xs) {
-      text += fmt::format(fmt::runtime(pattern), x, normal.pdf(x), normal.cdf(x));
-    }
-    return text;
-  };
-  EXPECT_EQ(run("palvex eval Normal 10 2 --ltl 10 --at 11 -2.5 --csv").out,
-            "x,density,probability\n" + rows("{},{},{}\n", {11, -2.5}));
-  EXPECT_EQ(run("palvex eval Normal =B1 =B2 --ltl =B1 --sheet sheet.csv "
-                "--from 9.5 --to 11.5 --steps 4 --csv")
-                .out,
-            "x,density,probability\n" + rows("{},{},{}\n", {9.5, 10, 10.5, 11, 11.5}));
-  EXPECT_EQ(run("palvex eval Normal 10 2 --ltl 10 --at 12.5 --json").out,
-            "[\n" + rows(" {{\"x\":{},\"density\":{},\"probability\":{}}}\n", {12.5}) + "]\n");
-}
-
 // u = (0xe169c58d6627e + 0.5) / 2^52 for the first trial of seed 0: the published Philox vector.
 TEST_F(Program, DrawsTheSameValuesForTheSameSeed) {
   EXPECT_EQ(run("palvex draw Uniform 0 1 -n 1").out, "0.8805201978886142\n");
@@ -136,44 +108,9 @@ TEST_F(Program, DrawsTheSameValuesForTheSameSeed) {
   EXPECT_EQ(nlohmann::json::parse(json).size(), 20000u);
 }
 
-TEST_F(Program, DescribesWhatTheLimitsKeep) {
-  EXPECT_EQ(run("palvex describe Uniform 0 8 --ltl 2 --utl =B2 --sheet four.csv").out,
-            "quantity            value\n"
-            "Type                Uniform\n"
-            "Minimum             0\n"
-            "Maximum             8\n"
-            "LTL                 2\n"
-            "UTL                 4\n"
-            "Kept share          0.25\n"
-            "Mean of the law     3\n"
-            "Std Dev of the law  0.5773502692\n"
-            "1 %                 2.02\n"
-            "5 %                 2.1\n"
-            "10 %                2.2\n"
-            "25 %                2.5\n"
-            "50 %                3\n"
-            "75 %                3.5\n"
-            "90 %                3.8\n"
-            "95 %                3.9\n"
-            "99 %                3.98\n");
-  const std::vector<std::pair<const char*, const char*>> shares{
-      {"Uniform 0 8 --ltl 4 --utl 2", "0.75"},       {"Normal 5 0 --ltl 5", "1"},
-      {"Weibull 1 1 5 --ltl 7", "0.13533528"},  // e^-2
-      {"Normal 0 1 --utl 0 --ltl -Infinity", "0.5"}, {"Normal 0 1 --ltl 10", "less than 1e-08"},
-  };
-  for (const auto& [distribution, share] : shares) {
-    const Outcome described = run(std::string("palvex describe ") + distribution);
-    EXPECT_NE(described.out.find(std::string("Kept share          ") + share + '\n'),
-              std::string::npos)
-        << distribution << '\n'
-        << described.out << described.err;
-  }
-  EXPECT_EQ(run("palvex describe Normal 0 1").out.find("Kept share"), std::string::npos);
-}
-
 TEST_F(Program, HelpsOnEveryLevelWithExamples) {
   for (const char* command :
-       {"", "demo", "types", "check", "eval", "describe", "draw", "guess", "plot"}) {
+       {"", "demo", "types", "check", "eval", "quantile", "describe", "draw", "guess", "plot"}) {
     const Outcome result = run(std::string("palvex ") + command + " --help");
     EXPECT_EQ(result.exitCode, 0) << command;
     EXPECT_NE(result.out.find("\nExamples:\n  palvex"), std::string::npos) << command;
@@ -181,7 +118,7 @@ TEST_F(Program, HelpsOnEveryLevelWithExamples) {
 }
 
 TEST_F(Program, TracesAnErrorWhenAsked) {
-  const Outcome result = run("palvex eval Normal 5 0 --at 7 --trace");
+  const Outcome result = run("palvex eval Normal 5 0 --at 7 --members --trace");
   EXPECT_EQ(result.exitCode, 1);
   EXPECT_NE(result.err.find("\n  palvex\n  in palvex.c_Distribution.cdf at line "),
             std::string::npos)
@@ -199,7 +136,8 @@ TEST_F(Program, DemonstratesItsOwnSheet) {
 
 // The console examples of the documents, run as they stand there.
 TEST_F(Program, DoesWhatTheDocumentsShow) {
-  for (const char* document : {"README.md", "docs/terminal.md"}) {
+  for (const char* document :
+       {"README.md", "docs/terminal.md", "docs/types.md", "docs/departures.md"}) {
     std::istringstream lines(contents(fs::path(PALVEX_SOURCE) / document));
     std::string commands = "run() { palvex \"$@\"; }\n";
     std::string shown;

@@ -16,12 +16,12 @@ namespace palvex::terminal {
 
 namespace {
 
-std::string parameterNames(const c_Distribution& distribution) {
-  std::string names;
-  for (std::int16_t i = 1; i <= distribution.NumParams(); ++i) {
-    names.append(i > 1 ? ", " : "").append(distribution.ParamName(i));
-  }
-  return names;
+constexpr const char* lowerLimitName = "LTL";
+constexpr const char* upperLimitName = "UTL";
+
+std::string parameterNames(const LawType& type) {
+  const auto* const last = type.parameters.begin() + type.parameterCount();
+  return fmt::format("{}", fmt::join(type.parameters.begin(), last, ", "));
 }
 
 /// The block that "=B3" names.
@@ -88,38 +88,24 @@ std::vector<Block> DistributionArguments::references() const {
   return blocks;
 }
 
-std::vector<DistributionArguments::Item> DistributionArguments::set(c_Distribution& distribution) {
-  setType(distribution, type);
-  type = distribution.distType();
-  if (parameters.size() != static_cast<std::size_t>(distribution.NumParams())) {
+std::vector<DistributionArguments::Item> DistributionArguments::read() {
+  type = typeNamed(type);
+  const LawType& entry = *findLawType(type);
+  if (parameters.size() != static_cast<std::size_t>(entry.parameterCount())) {
     throw UsageError(fmt::format("{} has {} parameters ({}), {} given", type,
-                                 distribution.NumParams(), parameterNames(distribution),
-                                 parameters.size()));
+                                 entry.parameterCount(), parameterNames(entry), parameters.size()));
   }
   if (sheet == nullptr) readSheets({this, 1});
 
   std::vector<Item> items;
-  const std::array<Variant*, 4> members{&distribution.param1, &distribution.param2,
-                                        &distribution.param3, &distribution.param4};
   for (std::size_t i = 0; i < parameters.size(); ++i) {
-    *members.at(i) = argumentValue(parameters[i], sheet);
     items.push_back(
-        {distribution.ParamName(static_cast<std::int32_t>(i + 1)), parameters[i], *members.at(i)});
+        {std::string(entry.parameters.at(i)), parameters[i], argumentValue(parameters[i], sheet)});
   }
-  const auto addLimit = [&](Variant& limit, const char* name, const std::string& argument) {
-    if (argument.empty()) return;
-    limit = limitValue(argument, sheet);
-    items.push_back({name, argument, limit, true});
-  };
-  addLimit(distribution.ltl, "LTL", lowerLimit);
-  addLimit(distribution.utl, "UTL", upperLimit);
-  return items;
-}
-
-std::vector<DistributionArguments::Item> DistributionArguments::setChecked(
-    c_Distribution& distribution) {
-  std::vector<Item> items = set(distribution);
-  if (std::string cause; !distribution.ParamsOK(cause)) throw refusal(cause);
+  if (!lowerLimit.empty())
+    items.push_back({lowerLimitName, lowerLimit, limitValue(lowerLimit, sheet), true});
+  if (!upperLimit.empty())
+    items.push_back({upperLimitName, upperLimit, limitValue(upperLimit, sheet), true});
   return items;
 }
 
@@ -140,7 +126,7 @@ void readSheets(std::span<DistributionArguments> distributions) {
 
 std::string typeNamed(const std::string& type) {
   std::vector<std::string_view> names;
-  for (const CatalogueEntry& entry : catalogue) names.push_back(entry.name);
+  for (const LawType& entry : lawTypes) names.push_back(entry.name);
   for (const std::string_view name : names) {
     if (sameLetters(name, type)) return std::string(name);
   }
@@ -150,8 +136,37 @@ std::string typeNamed(const std::string& type) {
                                          : fmt::format("Did you mean {}?", near)));
 }
 
-void setType(c_Distribution& distribution, const std::string& type) {
-  distribution.distType(typeNamed(type));
+Law lawOf(const std::string& type, const std::vector<DistributionArguments::Item>& items) {
+  std::vector<Variant> parameters;
+  Variant lower;
+  Variant upper;
+  for (const auto& item : items) {
+    if (!item.isLimit) {
+      parameters.push_back(item.value);
+    } else {
+      (item.name == lowerLimitName ? lower : upper) = item.value;
+    }
+  }
+  try {
+    return makeLaw(type, parameters, lower, upper);
+  } catch (const std::invalid_argument& fault) {
+    throw refusal(fault.what());
+  }
+}
+
+void setChecked(c_Distribution& distribution, const std::string& type,
+                const std::vector<DistributionArguments::Item>& items) {
+  if (findEntry(type) == nullptr)
+    throw Refusal(fmt::format("{} has no members pdf, cdf and RandVal, only a law.", type));
+  distribution.distType(type);
+  const std::array<Variant*, 4> members{&distribution.param1, &distribution.param2,
+                                        &distribution.param3, &distribution.param4};
+  std::size_t i = 0;
+  for (const auto& item : items) {
+    Variant& limit = item.name == lowerLimitName ? distribution.ltl : distribution.utl;
+    (item.isLimit ? limit : *members.at(i++)) = item.value;
+  }
+  if (std::string cause; !distribution.ParamsOK(cause)) throw refusal(cause);
 }
 
 Refusal refusal(const std::string& sentence) {
@@ -204,6 +219,26 @@ Variant content(const Variant& value) {
 double numberArgument(const std::string& option, const std::string& argument) {
   if (const auto number = numberIn(argument)) return *number;
   throw UsageError(fmt::format("{}: '{}' is not a number", option, argument));
+}
+
+std::vector<double> percentagesArgument(const std::string& option, const std::string& list) {
+  std::vector<double> percentages;
+  std::string_view rest = list;
+  while (true) {
+    const std::string_view one = rest.substr(0, rest.find(','));
+    const std::string word(one.ends_with('%') ? one.substr(0, one.size() - 1) : one);
+    const auto percent = numericText(word);
+    if (!percent || !(*percent >= 0 && *percent <= 100))
+      throw UsageError(
+          fmt::format("{}: '{}' is no percentage from 0 to 100; write 10,50,90", option, one));
+    percentages.push_back(*percent);
+    if (one.size() == rest.size()) return percentages;
+    rest.remove_prefix(one.size() + 1);
+  }
+}
+
+std::string percentName(double percent) {
+  return numberText(percent) + " %";
 }
 
 std::uint64_t countArgument(const std::string& option, const std::string& argument,

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/LawTypes.h"
 #include "engine/c_Distribution.h"
 #include "hosts/terminal/Faults.h"
 #include "hosts/terminal/Table.h"
@@ -41,16 +42,12 @@ struct DistributionArguments {
   /// The blocks of the worksheet that the parameters and limits refer to.
   [[nodiscard]] std::vector<Block> references() const;
 
-  /// Hands type, parameters and limits to `distribution`. The worksheet is read if it was not yet.
-  /// @returns the parameters and the limits that were given
+  /// The parameters and the limits that were given. The type's name becomes the engine's; the
+  /// worksheet is read if it was not yet.
   /// @throws Refusal for an unknown type
   /// @throws UsageError for a wrong number of parameters or a wrong reference
   /// @throws SheetError
-  std::vector<Item> set(c_Distribution& distribution);
-
-  /// Likewise, and lets the distribution check them.
-  /// @throws Refusal also when it finds a fault
-  std::vector<Item> setChecked(c_Distribution& distribution);
+  std::vector<Item> read();
 
   std::string type;
   std::vector<std::string> parameters;
@@ -68,9 +65,14 @@ void readSheets(std::span<DistributionArguments> distributions);
 /// @throws Refusal for an unknown one, with the nearest name if there is one
 std::string typeNamed(const std::string& type);
 
-/// Sets the type, written in any letter case.
-/// @throws Refusal for an unknown one
-void setType(c_Distribution& distribution, const std::string& type);
+/// The law that the items of a type describe, between the limits among them.
+/// @throws Refusal with the engine's sentence
+Law lawOf(const std::string& type, const std::vector<DistributionArguments::Item>& items);
+
+/// Hands type, parameters and limits to `distribution` and lets it check them.
+/// @throws Refusal when it finds a fault, and for a type that the members do not have
+void setChecked(c_Distribution& distribution, const std::string& type,
+                const std::vector<DistributionArguments::Item>& items);
 
 /// A sentence of the engine, with what helps at a terminal.
 Refusal refusal(const std::string& sentence);
@@ -92,6 +94,13 @@ Variant content(const Variant& value);
 /// The finite number that the argument of `option` spells.
 /// @throws UsageError
 double numberArgument(const std::string& option, const std::string& argument);
+
+/// The percentages in a list such as "10,50,80,90", each from 0 to 100.
+/// @throws UsageError
+std::vector<double> percentagesArgument(const std::string& option, const std::string& list);
+
+/// "10 %", as tables and pictures name a percentile.
+std::string percentName(double percent);
 
 /// The whole number in [least, most] that the argument of `option` spells, such as "1000000",
 /// "1,000,000" or "1e6".

@@ -1,6 +1,11 @@
+#include <fmt/core.h>
+
+#include <optional>
+
 #include "families/m_Johnson.h"
 #include "hosts/terminal/Arguments.h"
 #include "hosts/terminal/Commands.h"
+#include "hosts/terminal/Members.h"
 #include "hosts/terminal/Output.h"
 #include "laws/Johnson.h"
 
@@ -46,6 +51,44 @@ Table johnsonTable(const std::vector<DistributionArguments::Item>& items) {
   return table;
 }
 
+/// For each member whether it is the law's, or the first place where it is not.
+void addMemberRows(Table& table, Members& members, std::size_t columns) {
+  const auto add = [&](const char* member, std::string text) {
+    std::vector<Table::Cell> row(columns);
+    row.front() = member;
+    row[2] = std::move(text);
+    table.add(std::move(row));
+  };
+  if (!members.law()) {
+    add("Law", "none: " + members.whyNoLaw());
+    return;
+  }
+  const Law& law = *members.law();
+  const auto compare = [&](const char* name, auto different) {
+    for (const double p : {0.5, 0.01, 0.1, 0.25, 0.75, 0.9, 0.99}) {
+      if (const std::string text = different(p, law.quantile(p)); !text.empty())
+        return add(name, "not the law: " + text);
+    }
+    add(name, "the law's");
+  };
+  const auto difference = [](double at, double answer, double lawful) {
+    return fmt::format("{:.4g} at {:.4g}, the law {:.4g}", answer, at, lawful);
+  };
+  compare("pdf", [&](double, double x) -> std::string {
+    const double answer = members.pdf(x);
+    return Members::same(answer, law.density(x)) ? "" : difference(x, answer, law.density(x));
+  });
+  compare("cdf", [&](double, double x) -> std::string {
+    const double answer = members.cdf(x);
+    return Members::same(answer, law.probability(x)) ? ""
+                                                     : difference(x, answer, law.probability(x));
+  });
+  compare("RandVal", [&](double p, double x) -> std::string {
+    const double answer = members.draw(p);
+    return members.sameDraw(answer, x) ? "" : difference(p, answer, x);
+  });
+}
+
 }  // namespace
 
 void addCheck(CLI::App& program) {
@@ -54,20 +97,30 @@ void addCheck(CLI::App& program) {
   command->footer(
       "A fault is one sentence on standard error, and the exit code is 1.\n"
       "For Johnson also the fitted curve: the moments that it really has beside those asked for\n"
-      "(the published fit is loose), its type (SL, SU, SB or Normal) and its constants.\n\n"
+      "(the published fit is loose), its type (SL, SU, SB or Normal) and its constants.\n"
+      "--members shows where the members pdf, cdf and RandVal are not the law.\n\n"
       "Examples:\n"
       "  palvex check Normal 10 2\n"
       "  palvex check Triangular =B2 =C2 =D2 --ltl 0 --sheet estimate.csv\n"
       "  palvex check Johnson 10 2 0.5 4\n"
       "  palvex check Normal 10 -2");
-  struct Options : ResultOptions, DistributionArguments {};
+  struct Options : ResultOptions, DistributionArguments {
+    bool members = false;
+  };
   const auto options = std::make_shared<Options>();
   options->DistributionArguments::addTo(*command);
+  addMembers(*command, options->members);
   options->ResultOptions::addTo(*command);
   command->callback([options] {
-    c_Distribution distribution;
-    const auto items = options->setChecked(distribution);
-    const Table table = options->type == "Johnson" ? johnsonTable(items) : checkedTable(items);
+    const auto items = options->read();
+    std::optional<Members> members;
+    if (options->members) {
+      members.emplace(options->type, items);
+    } else {
+      lawOf(options->type, items);
+    }
+    Table table = options->type == "Johnson" ? johnsonTable(items) : checkedTable(items);
+    if (members) addMemberRows(table, *members, options->type == "Johnson" ? 4 : 3);
     Output output;
     output.write(table.text(options->format));
     output.close();

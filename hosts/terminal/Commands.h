@@ -8,6 +8,7 @@ namespace palvex::terminal {
 void addTypes(CLI::App& program);
 void addCheck(CLI::App& program);
 void addEval(CLI::App& program);
+void addQuantile(CLI::App& program);
 void addDescribe(CLI::App& program);
 void addDraw(CLI::App& program);
 void addGuess(CLI::App& program);

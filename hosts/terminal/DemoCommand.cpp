@@ -26,6 +26,16 @@ struct Example {
   std::vector<const char*> parameters;
   const char* lowerLimit;
   double at;
+
+  [[nodiscard]] std::vector<DistributionArguments::Item> items(
+      const std::shared_ptr<const Worksheet>& sheet) const {
+    DistributionArguments arguments;
+    arguments.type = type;
+    arguments.parameters.assign(parameters.begin(), parameters.end());
+    if (lowerLimit != nullptr) arguments.lowerLimit = lowerLimit;
+    arguments.sheet = sheet;
+    return arguments.read();
+  }
 };
 
 const std::array<Example, 6> examples{{
@@ -68,27 +78,19 @@ std::string results(const std::shared_ptr<const Worksheet>& sheet) {
   Table table(
       {"name", "distribution", "x", "density", "probability", "5 %", "median", "95 %", "fault"});
   for (const Example& example : examples) {
-    c_Distribution distribution;
-    setType(distribution, example.type);
-    const std::array<Variant*, 3> members{&distribution.param1, &distribution.param2,
-                                          &distribution.param3};
-    for (std::size_t i = 0; i < example.parameters.size(); ++i) {
-      *members.at(i) = argumentValue(example.parameters[i], sheet);
-    }
-    if (example.lowerLimit != nullptr) distribution.ltl = argumentValue(example.lowerLimit, sheet);
-    std::string cause;
-    if (distribution.ParamsOK(cause)) {
+    try {
+      const Law law = lawOf(example.type, example.items(sheet));
       table.add({example.name,
                  description(example),
                  example.at,
-                 distribution.pdf(example.at),
-                 distribution.cdf(example.at),
-                 distribution.RandVal(0.05),
-                 distribution.RandVal(0.5),
-                 distribution.RandVal(0.95),
+                 law.density(example.at),
+                 law.probability(example.at),
+                 law.quantile(0.05),
+                 law.quantile(0.5),
+                 law.quantile(0.95),
                  {}});
-    } else {
-      table.add({example.name, description(example), {}, {}, {}, {}, {}, {}, cause});
+    } catch (const Refusal& fault) {
+      table.add({example.name, description(example), {}, {}, {}, {}, {}, {}, fault.what()});
     }
   }
   return table.text(Format::people, 5);
@@ -99,9 +101,10 @@ std::string demonstration() {
   return fmt::format(
       "A worksheet holds the figures of an estimate:\n\n{}\n"
       "Each distribution below takes its parameters, and some a lower limit, from cells of the\n"
-      "sheet. Each is checked first; a fault is one sentence. Then: the density at x, the\n"
-      "probability of a value up to x (as if there were no limit), and the values that 5, 50 and\n"
-      "95 % of the draws do not exceed (with the limit).\n\n{}\n"
+      "sheet. Each is checked first; a fault is one sentence. Then, of the law between its "
+      "limits:\n"
+      "the density at x, the probability of a value up to x, and the values that it does not\n"
+      "exceed with a probability of 5, 50 and 95 %.\n\n{}\n"
       "Try next (in the source tree, ./run stands for palvex):\n"
       "  palvex types                                               the types there are\n"
       "  palvex eval Normal 620 45 --ltl 550 --from 500 --to 740    density and probability\n"

@@ -1,67 +1,69 @@
-#include <fmt/core.h>
-
-#include <cmath>
+#include <algorithm>
+#include <optional>
 
 #include "hosts/terminal/Arguments.h"
 #include "hosts/terminal/Commands.h"
-#include "hosts/terminal/Faults.h"
+#include "hosts/terminal/Members.h"
 #include "hosts/terminal/Output.h"
 
 namespace palvex::terminal {
 
 namespace {
 
-struct DescribeOptions : ResultOptions, DistributionArguments {};
+struct DescribeOptions : ResultOptions, DistributionArguments {
+  std::string percentiles = "1,5,10,25,50,75,90,95,99";
+  bool members = false;
+};
 
-/// The probability of a value below x, or of one up to x: where the draw of a distribution without
-/// limits passes x. (`cdf` is no help: for a gamma distribution with a minimum, and for some
-/// Johnson curves, it is not the inverse of the draw.)
-double probability(double x, bool upTo, c_Distribution& unlimited) {
-  double low = 0;
-  double high = 1;
-  for (;;) {
-    const double p = low + (high - low) / 2;
-    if (p <= low || p >= high) return p;
-    const double value = unlimited.RandVal(p);
-    (value < x || (upTo && value == x) ? low : high) = p;
-  }
-}
-
-/// What a checked distribution's limits keep of its probability; empty when they are none.
-Table::Cell keptShare(DescribeOptions& options) {
-  c_Distribution unlimited;
-  options.set(unlimited);
-  const auto limit = [](const Variant& given) {
-    const Variant value = content(given);
-    return value.isNumeric() ? std::optional(value.toDouble()) : std::nullopt;
+/// The rows about the law itself.
+void addLaw(Table& table, const Law& law, const std::vector<DistributionArguments::Item>& items,
+            bool beside) {
+  const auto add = [&](const char* quantity, double value) {
+    std::vector<Table::Cell> row{quantity, value};
+    if (beside) row.insert(row.end(), 2, {});
+    table.add(std::move(row));
   };
-  const auto lower = limit(unlimited.ltl);
-  const auto upper = limit(unlimited.utl);
-  if (!lower && !upper) return {};
-  unlimited.ltl = unlimited.utl = {};
-  if (std::string cause; !unlimited.ParamsOK(cause)) throw Refusal(cause);
-
-  double share = upper ? probability(*upper, true, unlimited) : 1;
-  if (lower) share -= probability(*lower, false, unlimited);
-  if (lower && upper && *lower > *upper) share += 1;
-  // A difference of probabilities that are known by draws: those of a beta distribution have no
-  // more digits than this.
-  constexpr double decimals = 1e8;
-  if (share < 1 / decimals) return fmt::format("less than {}", 1 / decimals);
-  return std::round(share * decimals) / decimals;
+  const bool limited = std::any_of(items.begin(), items.end(), [](const auto& item) {
+    const Variant held = content(item.value);
+    return item.isLimit && held.isNumeric();
+  });
+  if (limited) add("Kept share", law.keptProbability());
+  add("Mean of the law", law.mean());
+  add("Std Dev of the law", law.sd());
 }
 
-Table described(c_Distribution& distribution, DescribeOptions& options) {
-  const auto items = options.setChecked(distribution);
-  Table table({"quantity", "value"});
-  table.add({"Type", options.type});
-  for (const auto& item : items) table.add({item.name, item.shown()});
-  const Table::Cell share = keptShare(options);
-  if (!std::holds_alternative<std::monostate>(share)) table.add({"Kept share", share});
-  table.add({"Mean of the law", distribution.mean()});
-  table.add({"Std Dev of the law", distribution.StDev()});
-  for (const int percent : {1, 5, 10, 25, 50, 75, 90, 95, 99}) {
-    table.add({fmt::format("{} %", percent), distribution.RandVal(percent / 100.0)});
+Table described(DescribeOptions& options) {
+  const auto percentages = percentagesArgument("--percentiles", options.percentiles);
+  const auto items = options.read();
+  std::optional<Members> members;
+  std::optional<Law> law;
+  if (options.members) {
+    members.emplace(options.type, items);
+    law = members->law();
+  } else {
+    law = lawOf(options.type, items);
+  }
+  Table table(members ? std::vector<std::string>{"quantity", "law", "RandVal", "not the law"}
+                      : std::vector<std::string>{"quantity", "value"});
+  const auto add = [&](std::string quantity, Table::Cell value) {
+    std::vector<Table::Cell> row{std::move(quantity), std::move(value)};
+    if (members) row.insert(row.end(), 2, {});
+    table.add(std::move(row));
+  };
+  add("Type", options.type);
+  for (const auto& item : items) add(item.name, item.shown());
+  if (law) addLaw(table, *law, items, members.has_value());
+  if (!law) add("Law", members->whyNoLaw());
+  for (const double percent : percentages) {
+    Table::Cell value;
+    if (law) value = law->quantile(percent / 100);
+    if (!members) {
+      table.add({percentName(percent), value});
+      continue;
+    }
+    const double draw = members->draw(percent / 100);
+    const bool same = law && members->sameDraw(draw, std::get<double>(value));
+    table.add({percentName(percent), value, draw, same ? "" : "RandVal"});
   }
   return table;
 }
@@ -72,21 +74,22 @@ void addDescribe(CLI::App& program) {
   CLI::App* command = program.add_subcommand(
       "describe", "Mean, standard deviation and percentiles of a distribution");
   command->footer(
-      "Mean and standard deviation are those of the law that the limits keep; the percentiles "
-      "are\n"
-      "its draws, which end where double precision can not tell probabilities apart (a normal "
-      "draw\n"
-      "8.3 standard deviations above the mean). The kept share is the part of the whole\n"
-      "distribution's probability that the limits keep, to 8 decimals.\n\n"
+      "All of it of the law between its limits. The kept share is the part of the whole\n"
+      "distribution's probability that the limits keep. --members shows the draws of the member\n"
+      "RandVal beside the percentiles.\n\n"
       "Examples:\n"
       "  palvex describe Normal 10 2 --ltl 8\n"
+      "  palvex describe PERT 8 10 15 --percentiles 10,50,80,90\n"
       "  palvex describe Triangular =B2 =C2 =D2 --sheet estimate.csv --json");
   const auto options = std::make_shared<DescribeOptions>();
   options->DistributionArguments::addTo(*command);
+  command->add_option("--percentiles", options->percentiles, "Percentiles to show")
+      ->type_name("LIST")
+      ->capture_default_str();
+  addMembers(*command, options->members);
   options->ResultOptions::addTo(*command);
   command->callback([options] {
-    c_Distribution distribution;
-    const Table table = described(distribution, *options);
+    const Table table = described(*options);
     Output output;
     output.write(table.text(options->format));
     output.close();

@@ -4,6 +4,7 @@
 #include "hosts/terminal/Arguments.h"
 #include "hosts/terminal/Commands.h"
 #include "hosts/terminal/Faults.h"
+#include "hosts/terminal/Members.h"
 #include "hosts/terminal/Output.h"
 
 namespace palvex::terminal {
@@ -15,6 +16,7 @@ struct EvalOptions : ResultOptions, DistributionArguments {
   std::string from;
   std::string to;
   std::string steps = "10";
+  bool members = false;
 };
 
 constexpr std::uint64_t mostSteps = 1'000'000'000;
@@ -50,20 +52,46 @@ struct Points {
   }
 };
 
-void eval(EvalOptions& options) {
-  const Points points(options);
-  c_Distribution distribution;
-  options.setChecked(distribution);
-  const CatchInterrupt catching;
-  Output output;
-  TableWriter table(output, {"x", "density", "probability"}, options.format);
+void evaluateLaw(const Points& points, const Law& law, Format format, Output& output) {
+  TableWriter table(output, {"x", "density", "probability", "exceedance"}, format);
+  points.each([&](double x) {
+    table.add({x, law.density(x), law.probability(x), law.exceedance(x)});
+  });
+  table.close();
+}
+
+/// The members' answers, the law's beside them, and which of them differ.
+void evaluateMembers(const Points& points, Members& members, Format format, Output& output) {
+  TableWriter table(output, {"x", "pdf", "cdf", "density", "probability", "not the law"}, format);
+  const std::optional<Law>& law = members.law();
+  const auto add = [&](double x) {
+    const double pdf = members.pdf(x);
+    const double cdf = members.cdf(x);
+    if (!law) return table.add({x, pdf, cdf, {}, {}, members.whyNoLaw()});
+    std::string marks = Members::same(pdf, law->density(x)) ? "" : "pdf";
+    if (!Members::same(cdf, law->probability(x))) marks += marks.empty() ? "cdf" : ", cdf";
+    table.add({x, pdf, cdf, law->density(x), law->probability(x), marks});
+  };
   try {
-    points.each([&](double x) { table.add({x, distribution.pdf(x), distribution.cdf(x)}); });
+    points.each(add);
   } catch (const RuntimeError&) {
     table.breakOff();
     throw;
   }
   table.close();
+}
+
+void eval(EvalOptions& options) {
+  const Points points(options);
+  const auto items = options.read();
+  const CatchInterrupt catching;
+  Output output;
+  if (options.members) {
+    Members members(options.type, items);
+    evaluateMembers(points, members, options.format, output);
+  } else {
+    evaluateLaw(points, lawOf(options.type, items), options.format, output);
+  }
   output.close();
   if (interrupted()) throw Interruption{};
 }
@@ -74,10 +102,14 @@ void addEval(CLI::App& program) {
   CLI::App* command =
       program.add_subcommand("eval", "Density and probability at points or over a range");
   command->footer(
-      "The density is 0 where a limit cuts x away, and is not rescaled by what the limits keep;\n"
-      "the probability of a value up to x is that of the distribution without limits.\n\n"
+      "Of the law between its limits: the density at x, the probability of a value up to x and "
+      "that\n"
+      "of a greater one. --members shows what the members pdf and cdf of the engine answer, the "
+      "law\n"
+      "beside them and which of them is not the law (docs/departures.md tells why).\n\n"
       "Examples:\n"
       "  palvex eval Normal 10 2 --at 8 10 12\n"
+      "  palvex eval Gamma 2 3 5 --at 8 11 --members\n"
       "  palvex eval Normal =B2 =B3 --sheet estimate.csv --from 0 --to 20 --steps 40 --csv");
   const auto options = std::make_shared<EvalOptions>();
   options->DistributionArguments::addTo(*command);
@@ -89,6 +121,7 @@ void addEval(CLI::App& program) {
       ->needs(from);
   from->type_name("A")->needs(to);
   to->type_name("B")->needs(from);
+  addMembers(*command, options->members);
   options->ResultOptions::addTo(*command);
   command->callback([options] { eval(*options); });
 }

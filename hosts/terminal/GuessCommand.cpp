@@ -41,8 +41,11 @@ void addGuess(CLI::App& program) {
   command->callback([options] {
     const double value = numberArgument("VALUE", options->value);
     c_Distribution distribution;
-    setType(distribution, options->type);
-    if (options->type == "Histogram") throw UsageError("guess: a histogram is made from data");
+    const std::string type = typeNamed(options->type);
+    if (findEntry(type) == nullptr)
+      throw UsageError(fmt::format("guess: there is no guess for {}", type));
+    distribution.distType(type);
+    if (type == "Histogram") throw UsageError("guess: a histogram is made from data");
     Output output;
     output.write(guesses(distribution, value).text(options->format));
     output.close();

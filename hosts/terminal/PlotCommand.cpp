@@ -10,22 +10,27 @@
 #include "hosts/terminal/Arguments.h"
 #include "hosts/terminal/Commands.h"
 #include "hosts/terminal/Faults.h"
+#include "hosts/terminal/LawPicture.h"
+#include "hosts/terminal/Members.h"
 #include "hosts/terminal/Output.h"
 #include "hosts/terminal/Plot.h"
 #include "hosts/terminal/Text.h"
-#include "runtime/NumericText.h"
 
 namespace palvex::terminal {
 
 namespace {
-
-constexpr std::int16_t points = 481;
 
 struct PlotOptions : DistributionArguments {
   std::string file;
   std::string title;
   std::string from;
   std::string to;
+  std::string percentiles = "5,50,95";
+  std::string axisTitle = "value";
+  std::string unit;
+  bool cumulative = false;
+  bool overlay = false;
+  bool members = false;
   bool force = false;
 };
 
@@ -89,97 +94,183 @@ std::vector<DistributionArguments> distributionsOf(const DistributionArguments& 
   return found;
 }
 
-std::string parameterText(const DistributionArguments::Item& item) {
-  const Table::Cell shown = item.shown();
-  if (const double* number = std::get_if<double>(&shown))
-    return item.name + ' ' + numberText(*number);
-  const std::string* text = std::get_if<std::string>(&shown);
-  return item.name + ' ' + (text != nullptr ? *text : "");
+using Items = std::vector<DistributionArguments::Item>;
+
+std::string parameterTexts(const Items& items) {
+  std::string texts;
+  for (const auto& item : items) {
+    if (item.isLimit) continue;
+    const Table::Cell shown = item.shown();
+    texts += (texts.empty() ? "" : ", ") + item.name + ' ';
+    if (const double* number = std::get_if<double>(&shown)) texts += parameterText(*number);
+    if (const auto* text = std::get_if<std::string>(&shown)) texts += *text;
+  }
+  return texts;
 }
 
 std::string limitsText(const Limits& limits) {
   const auto& [lower, upper] = limits;
   if (limits.reversed())
-    return fmt::format(", without {} to {}", numberText(*upper), numberText(*lower));
+    return fmt::format(", without {} to {}", parameterText(*upper), parameterText(*lower));
   if (lower && upper)
-    return fmt::format(", kept from {} to {}", numberText(*lower), numberText(*upper));
-  if (lower) return fmt::format(", kept from {}", numberText(*lower));
-  return upper ? fmt::format(", kept up to {}", numberText(*upper)) : "";
+    return fmt::format(", kept from {} to {}", parameterText(*lower), parameterText(*upper));
+  if (lower) return fmt::format(", kept from {}", parameterText(*lower));
+  return upper ? fmt::format(", kept up to {}", parameterText(*upper)) : "";
 }
 
-/// Where a picture begins and ends: at the distribution's own plot range, but no further than six
-/// standard deviations from the mean; with some of what the limits cut away beside it, and a
-/// margin.
-std::pair<double, double> axisOf(c_Distribution& distribution, c_Distribution& whole,
-                                 const Limits& limits) {
-  double from = distribution.XMin();
-  double to = distribution.XMax();
-  if (const double reach = 6 * distribution.StDev(); reach > 0) {
-    from = std::max(from, distribution.mean() - reach);
-    to = std::min(to, distribution.mean() + reach);
+/// The items that are parameters only.
+Items withoutLimits(const Items& items) {
+  Items parameters;
+  std::copy_if(items.begin(), items.end(), std::back_inserter(parameters),
+               [](const auto& item) { return !item.isLimit; });
+  return parameters;
+}
+
+Limits limitsIn(const Items& items) {
+  Limits limits;
+  for (const auto& item : items) {
+    const Variant held = content(item.value);
+    if (!item.isLimit || !held.isNumeric()) continue;
+    (item.name == "LTL" ? limits.lower : limits.upper) = held.toDouble();
   }
-  const double most = limits.lower || limits.upper ? 0.6 * (to - from) : 0;
-  from = std::min(from, std::max(whole.XMin(), from - most));
-  to = std::max(to, std::min(whole.XMax(), to + most));
-  const double margin = 0.02 * (to - from);
-  return {from - margin, to + margin};
+  return limits;
 }
 
-/// The marks of a distribution; one whose value can not be had is left out.
-std::vector<Mark> marksOf(c_Distribution& distribution) {
-  std::vector<Mark> marks;
-  const auto add = [&](const char* name, auto&& valueOf) {
-    try {
-      marks.push_back({name, valueOf()});
-    } catch (const RuntimeError&) {
+/// The values of raw data, to be shown below its histogram.
+std::vector<double> rawValues(const std::string& type, const Items& items) {
+  constexpr std::int32_t most = 2000;
+  std::vector<double> values;
+  if (type != "Histogram" || content(items.at(1).value) != Variant(dataConfigurations[0]))
+    return values;
+  const Variant cells = content(items.at(0).value);
+  if (!cells.isArray()) return values;
+  for (std::int32_t row = 1; row <= std::min(most, cells.upperBound(1)); ++row) {
+    for (std::int32_t column = 1; column <= cells.upperBound(2); ++column) {
+      const Variant& cell = cells.at(row, column);
+      if (cell.isNumeric()) values.push_back(cell.toDouble());
     }
+  }
+  return values;
+}
+
+std::vector<Mark> marksOf(const Law& law, const PlotOptions& options) {
+  std::vector<Mark> marks;
+  const auto add = [&](const std::string& name, double x) {
+    if (std::isfinite(x)) marks.push_back({name, x, options.cumulative ? law.probability(x) : 0});
   };
-  add("5 %", [&] { return distribution.RandVal(0.05); });
-  add("50 %", [&] { return distribution.RandVal(0.5); });
-  add("mean", [&] { return distribution.mean(); });
-  add("95 %", [&] { return distribution.RandVal(0.95); });
+  for (const double percent : percentagesArgument("--percentiles", options.percentiles))
+    add(percentName(percent), law.quantile(percent / 100));
+  add("mean", law.mean());
   return marks;
 }
 
-/// The points of the density; a single value is a needle, which equal steps
-/// could miss.
-void drawDensity(c_Distribution& whole, double from, double to, Panel& panel) {
-  const double only = whole.mean();
-  if (whole.StDev() == 0 && from < only && only < to) {
-    panel.x = {from, std::nextafter(only, from), only, std::nextafter(only, to), to};
-    panel.density = {0, 0, 1, 0, 0};
-    return;
-  }
-  whole.ResizeArrays(points);
-  whole.CreateGraphData(from, to);
-  for (std::int16_t i = 1; i <= points; ++i) {
-    panel.x.push_back(whole.GraphX(i));
-    panel.density.push_back(whole.GraphPDF(i));
-  }
+/// What a member answers over an axis; 0 where it raises an error.
+Curve memberCurve(Members& members, bool cumulative, const Axis& axis) {
+  const auto answer = [&](double x) {
+    try {
+      return cumulative ? members.cdf(x) : members.pdf(x);
+    } catch (const RuntimeError&) {
+      return 0.0;
+    }
+  };
+  const auto through = members.law() ? landmarks(*members.law()) : std::vector<double>{};
+  return {cumulative ? "cdf" : "pdf", {traced(answer, axis.from, axis.to, through)}, {}};
 }
 
-Panel panelOf(DistributionArguments& arguments, const PlotOptions& options) {
-  c_Distribution distribution;
-  const auto items = arguments.setChecked(distribution);
-  c_Distribution whole;
-  DistributionArguments unlimited = arguments;
-  unlimited.lowerLimit.clear();
-  unlimited.upperLimit.clear();
-  unlimited.setChecked(whole);
+/// One distribution of a picture.
+struct Plotted {
+  std::string type;
+  Items items;
+  Subject subject;
 
-  Panel panel;
-  panel.limits = limitsFrom(content(distribution.ltl), content(distribution.utl));
-  panel.title = arguments.type + limitsText(panel.limits);
-  for (std::size_t i = 0; i < static_cast<std::size_t>(distribution.NumParams()); ++i)
-    panel.subtitle += (i > 0 ? ", " : "") + parameterText(items[i]);
-  panel.marks = marksOf(distribution);
+  explicit Plotted(DistributionArguments& arguments)
+      : type((arguments.type = typeNamed(arguments.type))),
+        items(arguments.read()),
+        subject{lawOf(type, items), lawOf(type, withoutLimits(items)), limitsIn(items)} {}
 
-  auto [from, to] = axisOf(distribution, whole, panel.limits);
-  if (!options.from.empty()) from = numberArgument("--from", options.from);
-  if (!options.to.empty()) to = numberArgument("--to", options.to);
-  if (from >= to) throw UsageError("plot: --from must be below --to");
-  drawDensity(whole, from, to, panel);
+  [[nodiscard]] std::string title() const { return type + limitsText(subject.limits); }
+};
+
+Axis chosenAxis(Axis axis, const PlotOptions& options) {
+  if (!options.from.empty()) axis.from = numberArgument("--from", options.from);
+  if (!options.to.empty()) axis.to = numberArgument("--to", options.to);
+  if (!(axis.from < axis.to)) throw UsageError("plot: --from must be below --to");
+  if (!std::isfinite(axis.to - axis.from)) throw UsageError("plot: the axis is too long");
+  return axis;
+}
+
+Panel emptyPanel(const Axis& axis, const PlotOptions& options) {
+  Panel panel{};
+  panel.from = axis.from;
+  panel.to = axis.to;
+  panel.axisTitle = options.axisTitle + (options.unit.empty() ? "" : ", " + options.unit);
+  panel.inPercent = options.cumulative;
+  panel.filled = !options.cumulative;
+  panel.heightTitle = options.cumulative     ? "probability"
+                      : options.unit.empty() ? "density"
+                                             : "density, 1/" + options.unit;
   return panel;
+}
+
+void setHeight(Panel& panel) {
+  panel.height = panel.inPercent ? 1 : heightFor(panel.curves, {panel.from, panel.to});
+}
+
+Panel panelOf(const Plotted& plotted, const PlotOptions& options) {
+  const Subject& subject = plotted.subject;
+  const Axis axis = chosenAxis(axisOf(subject), options);
+  Panel panel = emptyPanel(axis, options);
+  panel.title = plotted.title();
+  panel.note = parameterTexts(plotted.items);
+  panel.marks = marksOf(subject.law, options);
+  Curve curve =
+      options.cumulative ? probabilityCurve(subject.law, axis) : densityCurve(subject, axis);
+  if (options.members) {
+    Members members(plotted.type, plotted.items);
+    curve.name = "the law";
+    curve.cut.clear();
+    panel.curves = {std::move(curve), memberCurve(members, options.cumulative, axis)};
+    panel.filled = false;
+  } else {
+    panel.curves = {std::move(curve)};
+    panel.values = rawValues(plotted.type, plotted.items);
+  }
+  setHeight(panel);
+  return panel;
+}
+
+/// All distributions over one axis.
+Panel overlay(const std::vector<Plotted>& all, const PlotOptions& options) {
+  Axis axis = axisOf(all.front().subject);
+  for (const Plotted& one : all) {
+    const auto [from, to] = axisOf(one.subject);
+    axis = {std::min(axis.from, from), std::max(axis.to, to)};
+  }
+  axis = chosenAxis(axis, options);
+  Panel panel = emptyPanel(axis, options);
+  panel.filled = false;
+  for (const Plotted& one : all) {
+    Curve curve = options.cumulative ? probabilityCurve(one.subject.law, axis)
+                                     : densityCurve(one.subject, axis);
+    curve.cut.clear();
+    curve.name = one.title() + ": " + parameterTexts(one.items);
+    panel.curves.push_back(std::move(curve));
+  }
+  setHeight(panel);
+  return panel;
+}
+
+std::vector<Panel> panelsOf(std::vector<DistributionArguments> distributions,
+                            const PlotOptions& options) {
+  std::vector<Plotted> all;
+  for (DistributionArguments& one : distributions) {
+    if (!options.force) refuseToOverwriteInput(options.file, one.sheetFile);
+    all.emplace_back(one);
+  }
+  if (options.overlay) return {overlay(all, options)};
+  std::vector<Panel> panels;
+  for (const Plotted& one : all) panels.push_back(panelOf(one, options));
+  return panels;
 }
 
 /// `text` as one word of the shell.
@@ -234,18 +325,20 @@ void write(const std::string& svg, const std::string& file) {
 void addPlot(CLI::App& program) {
   CLI::App* command = program.add_subcommand("plot", "Draw densities, as SVG or PNG");
   command->footer(
-      "Filled: the density that the limits keep. Dashed: what they "
-      "cut away, where it is near.\n"
-      "Marked: the mean, and the values that 5, 50 and 95 % of the "
-      "draws do not exceed.\n"
-      "Several distributions, each in quotes, stand side by side "
-      "in one picture.\n\n"
+      "Of the law between its limits. Filled: its density. Dashed: what the limits cut away, "
+      "where\n"
+      "it is near. Marked: the mean, and the values that 5, 50 and 95 % of the law do not exceed.\n"
+      "Several distributions, each in quotes, stand side by side in one picture, or with "
+      "--overlay\n"
+      "over one axis. --members draws the member pdf (or cdf) and the law over each other.\n\n"
       "Examples:\n"
       "  palvex plot Normal 10 2 --ltl 8 -o normal.svg\n"
-      "  palvex plot 'Gamma 2 3 0' 'Beta 2 5 0 1 --utl 0.6' "
-      "--title 'Two costs' -o costs.png\n"
-      "  palvex plot Histogram =A2:A200 'Raw Data' --sheet "
-      "data.csv -o data.svg");
+      "  palvex plot 'Gamma 2 3 0' 'Beta 2 5 0 1 --utl 0.6' --title 'Two costs' -o costs.png\n"
+      "  palvex plot PERT 8 10 15 --cumulative --percentiles 10,50,80,90 --axis Duration --unit "
+      "days "
+      "-o s.svg\n"
+      "  palvex plot --overlay 'Normal 10 2' 'Triangular 5 10 15' -o both.svg\n"
+      "  palvex plot Histogram =A2:A200 'Raw Data' --sheet data.csv -o data.svg");
   const auto options = std::make_shared<PlotOptions>();
   options->DistributionArguments::addTo(*command);
   command
@@ -257,14 +350,19 @@ void addPlot(CLI::App& program) {
   command->add_option("--title", options->title, "Heading of the picture");
   command->add_option("--from", options->from, "Where the axis begins")->type_name("A");
   command->add_option("--to", options->to, "Where the axis ends")->type_name("B");
+  command->add_option("--percentiles", options->percentiles, "Percentiles to mark")
+      ->type_name("LIST")
+      ->capture_default_str();
+  command->add_option("--axis", options->axisTitle, "Title of the axis")->capture_default_str();
+  command->add_option("--unit", options->unit, "Unit of the values");
+  command->add_flag("--cumulative", options->cumulative,
+                    "The probability of a value up to x: the S-curve");
+  auto* overlaid = command->add_flag("--overlay", options->overlay, "All over one axis");
+  addMembers(*command, options->members);
+  command->get_option("--members")->excludes(overlaid);
   command->callback([options] {
     checkName(options->file);
-    std::vector<DistributionArguments> distributions = distributionsOf(*options);
-    std::vector<Panel> panels;
-    for (DistributionArguments& one : distributions) {
-      if (!options->force) refuseToOverwriteInput(options->file, one.sheetFile);
-      panels.push_back(panelOf(one, *options));
-    }
+    const std::vector<Panel> panels = panelsOf(distributionsOf(*options), *options);
     write(svgOf(panels, options->title), options->file);
   });
 }

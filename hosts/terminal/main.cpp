@@ -62,8 +62,8 @@ void build(CLI::App& program, bool& trace) {
       "Exit code: 0 good; 1 the distribution is at fault, or an evaluation failed; 2 a wrong\n"
       "option, file or reference; 3 the results could not be written; 130 ended by Ctrl-C.");
   program.fallthrough();
-  for (const auto add :
-       {addDemo, addTypes, addCheck, addEval, addDescribe, addDraw, addGuess, addPlot, addSimulate})
+  for (const auto add : {addDemo, addTypes, addCheck, addEval, addQuantile, addDescribe, addDraw,
+                         addGuess, addPlot, addSimulate})
     add(program);
 }
 
