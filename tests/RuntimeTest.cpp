@@ -242,14 +242,14 @@ double middle(double x, Line caller = Line::here()) try {
 } catch (RuntimeError& error) {
   error.leave("m_Test.middle", caller);
 }
-constexpr auto middleCall = __LINE__ - 5;
+constexpr auto middleCall = __LINE__ - 4;
 
 double outermost(double x, Line caller = Line::here()) try {
   return 1 + middle(x);
 } catch (RuntimeError& error) {
   error.leave("m_Test.outermost", caller);
 }
-constexpr auto outermostCall = __LINE__ - 5;
+constexpr auto outermostCall = __LINE__ - 4;
 
 TEST(RuntimeError, NamesTheFailingStatementOfEveryRoutineItPasses) {
   const auto trace = [](int line) {
