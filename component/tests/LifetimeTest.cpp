@@ -4,7 +4,7 @@
 
 #include <thread>
 
-#include "component/tests/FakeRange.h"
+#include "component/tests/HostRange.h"
 
 namespace palvex::component::testing {
 namespace {
@@ -81,7 +81,7 @@ using Leaks = WithWorksheet;
 TEST_F(Leaks, HundredThousandLivesLeaveNothing) {
   Library library;
   const auto factory = library.factory();
-  const auto range = FakeRange::cell(number(3));
+  const auto range = HostRange::of(cell(3));
   const OwnedVariant reference = object(range.get());
   const OwnedVariant name = text("Triangular");
   const auto live = [&](int i) {
@@ -121,7 +121,7 @@ TEST_F(Leaks, HundredThousandLivesLeaveNothing) {
   EXPECT_EQ(range->references(), references);
   EXPECT_EQ(heapBlocks(), blocks);
   std::printf("heap blocks before and after: %zu, %zu; ranges alive: %d\n", blocks, heapBlocks(),
-              FakeRange::alive);
+              HostRange::alive);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <optional>
 
-#include "component/tests/FakeRange.h"
+#include "component/tests/HostRange.h"
 
 namespace palvex::component::testing {
 namespace {
@@ -39,8 +39,8 @@ TEST_F(Regional, TextsAreReadAsTheUserWritesNumbers) {
   EXPECT_EQ(valueOfText(d, "1e400"), Value());
   EXPECT_EQ(valueOfText(d, ""), Value());
 
-  const auto cell = FakeRange::cell(text(comma ? "0,25" : "0.25"));
-  d->put_param1(object(cell.get()).get());
+  const auto range = HostRange::of(cell(comma ? "0,25" : "0.25"));
+  d->put_param1(object(range.get()).get());
   ASSERT_EQ(faultOf(d), "");
   EXPECT_EQ(valueOf<double>([&](auto* to) { return d->RandVal(0.5, to); }), 0.25);
 }
