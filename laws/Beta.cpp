@@ -111,7 +111,8 @@ std::optional<Moments> Beta::moments(const Limits& limits) const {
     // From the nearer end, whose distance is the more precise one.
     return Moments{
         alpha_ < beta_ ? minimum_ + width * (alpha_ / sum) : maximum_ - width * (beta_ / sum),
-        width * (std::sqrt(alpha_ / sum) * std::sqrt(beta_ / sum) / std::sqrt(sum + 1))};
+        width * (std::sqrt(alpha_) / std::sqrt(sum) * (std::sqrt(beta_) / std::sqrt(sum)) /
+                 std::sqrt(sum + 1))};
   }
   PartialMoments standardized;
   double factor = 1;
@@ -120,8 +121,8 @@ std::optional<Moments> Beta::moments(const Limits& limits) const {
     m_Beta::IncompleteBeta ratio(a, beta_);
     for (const Interval& x : KeptIntervals(limits, minimum_, maximum_)) {
       const auto tooClose = [&](double limit) {
-        return underflows(std::min(alpha_, 1.0) * (limit - minimum_), width) ||
-               underflows(std::min(beta_, 1.0) * (maximum_ - limit), width);
+        return underflows(limit - minimum_, width, alpha_) ||
+               underflows(maximum_ - limit, width, beta_);
       };
       if (tooClose(x.lower) || tooClose(x.upper)) return {};
       const bool upperTails = (x.lower - minimum_) * beta_ > (maximum_ - x.lower) * a;

@@ -80,7 +80,7 @@ std::optional<Moments> Gamma::moments(const Limits& limits) const {
   PartialMoments standardized;
   for (const Interval& x : KeptIntervals(limits, minimum_, infinity)) {
     const auto tooClose = [&](double limit) {
-      return underflows(std::min(shape_, 1.0) * distance(limit, minimum_), scale_);
+      return underflows(distance(limit, minimum_), scale_, shape_);
     };
     if (tooClose(x.lower) || tooClose(x.upper)) return {};
     const double lower = distance(x.lower, minimum_) / scale_;

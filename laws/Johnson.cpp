@@ -173,7 +173,8 @@ std::optional<Moments> keptBounded(const Constants& c, const Limits& limits) {
   const double square = second / mass;
   const double variance = square - mean * mean;
   if (!(variance > 1e-4 * square)) return {};
-  return Moments{c.xi + c.lambda * (side > 0 ? mean : 1 - mean), c.lambda * std::sqrt(variance)};
+  return Moments{side > 0 ? c.xi + c.lambda * mean : c.xi + c.lambda - c.lambda * mean,
+                 c.lambda * std::sqrt(variance)};
 }
 
 }  // namespace

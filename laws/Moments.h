@@ -34,9 +34,11 @@ struct Moments {
 /// x - origin, infinite for an infinite x. Error 6 where it leaves the double range.
 double distance(double x, double origin);
 
-/// Whether a distance in units of another has lost digits, or all, to underflow.
-inline bool underflows(double distance, double unit) {
-  return distance > 0 && distance / unit < std::numeric_limits<double>::min();
+/// Whether a distance in units of another, or a multiple of that, has lost digits, or all, to
+/// underflow.
+inline bool underflows(double distance, double unit, double factor = 1) {
+  return distance > 0 &&
+         std::min(factor, 1.0) * (distance / unit) < std::numeric_limits<double>::min();
 }
 
 struct Interval {

@@ -82,24 +82,26 @@ Moments Triangular::moments(const Limits& limits) const {
 
 Moments Triangular::integratedMoments(const Limits& limits) const {
   if (!ordered(minimum_, likely_, maximum_)) raise(fault::invalidCall);
-  // t runs from the interval's end next to the peak, in units of the distance to the outer end of
-  // the side.
+  // t runs from the interval's end next to the peak, in units of the interval. On it the density
+  // falls by the share `fall`, in proportion to the distance from the outer end of the side.
   const double width = maximum_ - minimum_;
   if (std::isinf(width)) return doubled(half().integratedMoments(halved(limits)));
   Mixture kept;
   for (const auto& [lower, upper] : KeptIntervals(limits, minimum_, likely_)) {
     const double outward = upper - minimum_;
+    const double length = upper - lower;
+    const double fall = length / outward;
     kept.add(integratedPiece(
-        {upper, 0}, {(lower - upper) / outward, 0}, LinearScale(outward),
-        [](double t) { return std::log1p(t); },
-        2 * std::log(outward) - std::log(likely_ - minimum_) - std::log(width)));
+        {upper, 0}, {-1, 0}, LinearScale(length), [fall](double t) { return std::log1p(fall * t); },
+        std::log(length) + std::log(outward) - std::log(likely_ - minimum_) - std::log(width)));
   }
   for (const auto& [lower, upper] : KeptIntervals(limits, likely_, maximum_)) {
     const double outward = maximum_ - lower;
+    const double length = upper - lower;
+    const double fall = length / outward;
     kept.add(integratedPiece(
-        {lower, 0}, {0, (upper - lower) / outward}, LinearScale(outward),
-        [](double t) { return std::log1p(-t); },
-        2 * std::log(outward) - std::log(maximum_ - likely_) - std::log(width)));
+        {lower, 0}, {0, 1}, LinearScale(length), [fall](double t) { return std::log1p(-fall * t); },
+        std::log(length) + std::log(outward) - std::log(maximum_ - likely_) - std::log(width)));
   }
   return kept.moments();
 }
