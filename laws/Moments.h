@@ -103,8 +103,10 @@ class PartialMoments {
   /// below about 1e-290 is less certain, having lost digits or all to underflow.
   void add(std::size_t order, double factor, double tail, double relativeError) {
     constexpr double underflow = 1e-305;
+    constexpr double lastDigit = std::numeric_limits<double>::denorm_min();
     sums_[order] += factor * tail;
-    errors_[order] += std::abs(factor) * std::max(std::abs(tail) * relativeError, underflow);
+    errors_[order] +=
+        std::abs(factor) * std::max(std::abs(tail) * relativeError, underflow) + lastDigit;
   }
 
   /// The moments about the origin, or nothing where cancellation leaves the mean or the standard
