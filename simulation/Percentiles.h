@@ -27,6 +27,7 @@ struct Interval {
 /// Values as seen through an interval: how many lie below it, on its ends, and which inside.
 class Window {
  public:
+  Window() = default;  // of all values
   explicit Window(const Interval& interval) : interval_(interval) {}
 
   [[nodiscard]] const Interval& interval() const { return interval_; }
@@ -41,6 +42,12 @@ class Window {
   /// The value with a rank among all that were added, if it lies in the interval. Puts the kept
   /// values into another order.
   [[nodiscard]] std::optional<double> value(std::uint64_t rank);
+
+  /// For whatever library carries windows from one process to another.
+  template <class Archive>
+  void serialize(Archive& archive) {
+    archive(interval_.low, interval_.high, below_, atLow_, atHigh_, inside_);
+  }
 
  private:
   void add(double value, std::uint64_t times);

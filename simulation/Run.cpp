@@ -15,16 +15,37 @@ namespace {
 /// The threads of a run, and what they share.
 class Crew {
  public:
-  Crew(Simulation& simulation, const RunOptions& options, unsigned threads)
+  Crew(Simulation& simulation, const RunOptions& options, std::uint64_t threads)
       : simulation_(simulation), options_(options), mostPending_(2 * threads) {}
 
   void work(Worker& worker) {
+    workOut([&](const Task& task) {
+      return worker.work(task, [this] {
+        report(Trials::most);
+        return isStopped();
+      });
+    });
+  }
+
+  void work(const std::function<Block(const Task&)>& helper) {
+    workOut([&](const Task& task) {
+      report(Simulation::blockTrials);
+      return std::optional(helper(task));
+    });
+  }
+
+  void rethrow() const {
+    if (error_) std::rethrow_exception(error_);
+  }
+
+ private:
+  /// Works out blocks as long as there are some.
+  /// @param blockOf  gives the block of a task, or nothing when the run was stopped
+  template <class BlockOf>
+  void workOut(const BlockOf& blockOf) {
     try {
       while (const auto task = nextTask()) {
-        auto block = worker.work(*task, [this] {
-          report();
-          return isStopped();
-        });
+        auto block = blockOf(*task);
         if (!block) break;
         const std::lock_guard lock(mutex_);
         simulation_.add(std::move(*block));
@@ -41,18 +62,13 @@ class Crew {
     changed_.notify_all();
   }
 
-  void rethrow() const {
-    if (error_) std::rethrow_exception(error_);
-  }
-
- private:
-  /// Some more trials are about to be worked out.
-  void report() {
+  /// So many more trials are about to be worked out.
+  void report(std::uint64_t trials) {
     if (!options_.progress) return;
     const std::lock_guard lock(mutex_);
     const std::uint64_t all = simulation_.settings().trials;
     options_.progress(std::min(begun_, all), all);
-    begun_ += Trials::most;
+    begun_ += trials;
   }
 
   [[nodiscard]] bool isStopped() {
@@ -97,11 +113,14 @@ Results run(const Model& model, const Settings& settings, const RunOptions& opti
   for (unsigned i = 0; i < threads; ++i) {
     workers.emplace_back(simulation, options.openWorkbook ? options.openWorkbook() : nullptr);
   }
-  Crew crew(simulation, options, threads);
+  Crew crew(simulation, options, threads + options.helpers.size());
   {
     std::vector<std::jthread> others;
     for (unsigned i = 1; i < threads; ++i) {
       others.emplace_back([&crew, &worker = workers[i]] { crew.work(worker); });
+    }
+    for (const auto& helper : options.helpers) {
+      others.emplace_back([&crew, &helper] { crew.work(helper); });
     }
     crew.work(workers[0]);
   }

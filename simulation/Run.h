@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "simulation/Simulation.h"
 
@@ -19,6 +20,10 @@ struct RunOptions {
   /// With Settings::describeTrials: receives the values of the trials that count, in their order,
   /// as lines of comma-separated values, a column for each row of the model.
   std::function<void(std::string_view text)> onTrials;
+  /// Work out blocks elsewhere, such as on other machines: each is called on a thread of its own,
+  /// again and again, with a model and settings there that are the same as here. What one throws
+  /// ends the run.
+  std::vector<std::function<Block(const Task&)>> helpers;
   /// Opens the workbook of one thread.
   std::function<std::unique_ptr<Workbook>()> openWorkbook;
 };

@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "hosts/terminal/Program.h"
+
 /// The program's commands, one file each: what it takes, and what it does when it is chosen.
 namespace palvex::terminal {
 
@@ -13,7 +15,7 @@ void addDescribe(CLI::App& program);
 void addDraw(CLI::App& program);
 void addGuess(CLI::App& program);
 void addPlot(CLI::App& program);
-void addSimulate(CLI::App& program);
+void addSimulate(CLI::App& program, const Role& role);
 void addDemo(CLI::App& program);
 
 }  // namespace palvex::terminal

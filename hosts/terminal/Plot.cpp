@@ -46,30 +46,6 @@ constexpr const char* style = R"(<style>
 )";
 constexpr std::size_t curveStyles = 6;
 
-/// `text` as the content of an element.
-std::string content(std::string_view text) {
-  std::string safe;
-  for (const char c : escaped(text)) {
-    switch (c) {
-      case '&':
-        safe += "&amp;";
-        break;
-      case '<':
-        safe += "&lt;";
-        break;
-      case '>':
-        safe += "&gt;";
-        break;
-      case '"':
-        safe += "&quot;";
-        break;
-      default:
-        safe += c;
-    }
-  }
-  return safe;
-}
-
 /// How wide a text is at most: in DejaVu Sans, the widest of the common sans-serif types.
 double widthOf(std::string_view text, double size) {
   double width = 0;
@@ -119,13 +95,13 @@ class Drawing {
  public:
   void text(Point at, std::string_view cssClass, std::string_view words) {
     fmt::format_to(out(), "<text x=\"{:.1f}\" y=\"{:.1f}\" class=\"{}\">{}</text>\n", at.x, at.y,
-                   cssClass, content(words));
+                   cssClass, markup(words));
   }
   /// Upwards, centred at the point.
   void upwards(Point at, std::string_view cssClass, std::string_view words) {
     fmt::format_to(
         out(), "<text transform=\"translate({:.1f} {:.1f}) rotate(-90)\" class=\"{}\">{}</text>\n",
-        at.x, at.y, cssClass, content(words));
+        at.x, at.y, cssClass, markup(words));
   }
   void line(const Line& points, std::string_view cssClass) {
     fmt::format_to(out(), R"(<path class="{}" d=")", cssClass);
@@ -601,7 +577,7 @@ std::string svgOf(const std::vector<Panel>& panels, const std::string& title) {
       if (!curve.name.empty()) summary += "; " + curve.name;
     }
   }
-  drawing.raw("<title>" + content(summary) + "</title>\n");
+  drawing.raw("<title>" + markup(summary) + "</title>\n");
   drawing.raw(style);
   drawing.raw(
       fmt::format("<clipPath id=\"chart\"><rect x=\"{:.1f}\" y=\"{:.1f}\" width=\"{:.1f}\" "

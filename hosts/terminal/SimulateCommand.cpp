@@ -10,6 +10,7 @@
 #include "hosts/terminal/Faults.h"
 #include "hosts/terminal/Output.h"
 #include "hosts/terminal/Range.h"
+#include "hosts/terminal/Report.h"
 #include "hosts/terminal/SimulateOutput.h"
 #include "palvex/simulation.h"
 
@@ -168,6 +169,7 @@ struct SimulateOptions : ResultOptions {
   std::string until;
   std::string threads;
   std::string trialsFile;
+  std::string reportFile;
   bool skipFailures = false;
 };
 
@@ -251,6 +253,34 @@ void writeExample() {
   output.close();
 }
 
+/// A word of a command line, quoted for a shell where it must be.
+std::string quoted(const std::string& word) {
+  constexpr std::string_view plain =
+      "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_./,:%+-";
+  if (!word.empty() && word.find_first_not_of(plain) == std::string::npos) return word;
+  std::string safe = "'";
+  for (const char c : word) safe += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return safe + "'";
+}
+
+/// The command line that gives the same figures again.
+std::string commandLine(const SimulateOptions& options) {
+  std::string line = "palvex simulate " + quoted(options.file);
+  const auto add = [&](std::string_view name, const std::string& value) {
+    if (!value.empty()) line += fmt::format(" {} {}", name, quoted(value));
+  };
+  const bool usual = options.trials.empty() && options.until.empty();
+  add("-n", usual ? std::string(usualTrials) : options.trials);
+  add("--until", options.until);
+  add("--seed", options.seed);
+  add("--sampling", options.sampling);
+  add("--correlations", options.correlationsFile);
+  if (options.repairCorrelations) line += " --repair-correlations";
+  add("--percentiles", options.percentiles);
+  if (options.skipFailures) line += " --skip-failures";
+  return line;
+}
+
 /// What a run that did not go to its end is to say.
 std::string remark(const simulation::Results& results) {
   std::string text;
@@ -266,7 +296,7 @@ std::string remark(const simulation::Results& results) {
   return "palvex: " + text + '\n';
 }
 
-void simulate(const SimulateOptions& options) {
+void simulate(const SimulateOptions& options, const Role& role) {
   if (options.example) return writeExample();
   if (options.file.empty()) throw UsageError("simulate: FILE is missing; --example writes one");
   simulation::Settings settings = settingsOf(options);
@@ -276,12 +306,16 @@ void simulate(const SimulateOptions& options) {
   }
   refuseToWriteOver(options.trialsFile, options.file);
   refuseToWriteOver(options.trialsFile, options.correlationsFile);
+  refuseToWriteOver(options.reportFile, options.file);
+  refuseToWriteOver(options.reportFile, options.correlationsFile);
 
   const simulation::Model model = simulation::Model::fromSheet(CsvSheet(options.file));
   if (!options.correlationsFile.empty()) settings.correlations = correlationsOf(options, model);
 
+  std::optional<FileAside> report;
+  if (role.writes && !options.reportFile.empty()) report.emplace(options.reportFile);
   std::optional<FileAside> trials;
-  if (!options.trialsFile.empty()) {
+  if (role.writes && !options.trialsFile.empty()) {
     trials.emplace(options.trialsFile);
     trials->write(trialsHead(model));
     run.onTrials = [&trials](std::string_view text) { trials->write(text); };
@@ -294,7 +328,7 @@ void simulate(const SimulateOptions& options) {
     run.progress = [&timeLeft](std::uint64_t done, std::uint64_t all) {
       timeLeft.report(done, all);
     };
-    results = simulation::run(model, settings, run);
+    results = role.simulate(model, settings, run);
   }
   if (results.trials == 0 && results.cancelled) {
     writeMessage("palvex: ended by Ctrl-C before the first block of trials was done\n");
@@ -302,6 +336,10 @@ void simulate(const SimulateOptions& options) {
   }
   if (results.trials == 0) throw Refusal("every trial failed: there are no results.");
   if (trials) trials->finish();
+  if (report) {
+    report->write(reportOf(model, results, {options.file, commandLine(options), PALVEX_VERSION}));
+    report->finish();
+  }
   Output output;
   output.write(resultsText(results, options.format));
   output.close();
@@ -311,7 +349,7 @@ void simulate(const SimulateOptions& options) {
 
 }  // namespace
 
-void addSimulate(CLI::App& program) {
+void addSimulate(CLI::App& program, const Role& role) {
   CLI::App* command = program.add_subcommand(
       "simulate", "Simulate a table of uncertain figures: what may their total be?");
   command->footer(
@@ -367,10 +405,14 @@ void addSimulate(CLI::App& program) {
   command
       ->add_option("--trials", options->trialsFile, "Write the values of each trial to a CSV file")
       ->type_name("FILE");
+  command
+      ->add_option("--report", options->reportFile,
+                   "Write a page with pictures for whoever decides: one HTML file")
+      ->type_name("FILE");
   command->add_flag("--skip-failures", options->skipFailures,
                     "Leave trials that fail out, and count them");
   options->ResultOptions::addTo(*command);
-  command->callback([options] { simulate(*options); });
+  command->callback([options, role] { simulate(*options, role); });
 }
 
 }  // namespace palvex::terminal

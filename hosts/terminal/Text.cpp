@@ -94,6 +94,29 @@ std::string escaped(std::string_view text) {
   return safe;
 }
 
+std::string markup(std::string_view text) {
+  std::string safe;
+  for (const char c : escaped(text)) {
+    switch (c) {
+      case '&':
+        safe += "&amp;";
+        break;
+      case '<':
+        safe += "&lt;";
+        break;
+      case '>':
+        safe += "&gt;";
+        break;
+      case '"':
+        safe += "&quot;";
+        break;
+      default:
+        safe += c;
+    }
+  }
+  return safe;
+}
+
 bool sameLetters(std::string_view a, std::string_view b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [](char x, char y) { return lower(x) == lower(y); });

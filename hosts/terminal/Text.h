@@ -11,6 +11,9 @@ namespace palvex::terminal {
 /// no line breaks, and with each byte that is no UTF-8 as "\xff".
 [[nodiscard]] std::string escaped(std::string_view text);
 
+/// `text`, escaped, as the content of an element of HTML or SVG.
+[[nodiscard]] std::string markup(std::string_view text);
+
 /// Whether the two differ in the case of ASCII letters only.
 [[nodiscard]] bool sameLetters(std::string_view a, std::string_view b);
 

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <functional>
+
+#include "hosts/terminal/Faults.h"
+#include "simulation/Run.h"
+
+namespace palvex::terminal {
+
+/// What a program does with simulations: the one at the terminal works them out itself, the one
+/// for several machines shares them out, or works for another.
+struct Role {
+  std::function<simulation::Results(const simulation::Model&, const simulation::Settings&,
+                                    const simulation::RunOptions&)>
+      simulate = simulation::run;
+  bool writes = true;  // files; otherwise `simulate` never returns
+};
+
+/// The engine on the command line. The worksheet is a CSV file, the random numbers are the
+/// program's own.
+ExitCode runProgram(int argc, char** argv, const Role& role = {});
+
+}  // namespace palvex::terminal
