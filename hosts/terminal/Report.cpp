@@ -49,7 +49,9 @@ table { border-collapse: collapse; width: 100%; font-variant-numeric: tabular-nu
 th, td { padding: 4px 10px 4px 0; border-bottom: 1px solid var(--line); vertical-align: middle } td.n, th.n { text-align: right; white-space: nowrap }
 td.name { overflow-wrap: anywhere; min-width: 6em } tr { break-inside: avoid } .scroll { overflow-x: auto }
 .tornado td.range { width: 46% } .tornado svg { height: 20px } .law { width: 110px } .law svg { width: 110px; height: 30px }
-@media (max-width: 640px) { body { padding: 18px 14px 32px } .tornado td.range { width: 40% } .tornado .more { display: none } }
+@media (max-width: 640px) { body { padding: 18px 14px 32px } .tornado .more { display: none }
+  .tornado tr { display: grid; grid-template-columns: 1fr 7em 7em; border-bottom: 1px solid var(--line) } .tornado td, .tornado th { border: 0 }
+  .tornado td.name, .tornado th:first-child { grid-column: 1 / -1; padding-bottom: 0 } .tornado td.range { width: auto } }
 @media print { @page { size: A4; margin: 14mm } body { padding: 0; max-width: none; font-size: 11.5px } .charts { grid-template-columns: 1fr 1fr }
   section.result { break-before: page } section.result:first-of-type { break-before: auto } nav { display: none }
   * { -webkit-print-color-adjust: exact; print-color-adjust: exact } }
@@ -122,6 +124,19 @@ std::string shareText(double share) {
   return std::isfinite(share) ? fmt::format("{:.0f} %", 100 * share) : "\u2013";
 }
 
+/// With two decimals.
+std::string plain(double value) {
+  if (!std::isfinite(value)) return "\u2013";
+  const double rounded = std::round(100 * value) / 100;
+  return fmt::format("{}{:.2f}", rounded < 0 ? "\u2212" : "", std::abs(rounded));
+}
+
+/// Characters of a text.
+std::size_t lengthOf(std::string_view text) {
+  return static_cast<std::size_t>(
+      std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
 std::string wholeText(std::uint64_t number) {
   return parameterText(static_cast<double>(number));
 }
@@ -140,7 +155,7 @@ double up(double share) {
   return bottom - share * (bottom - top);
 }
 
-void openChart(Page& page, std::string_view caption, std::string_view described) {
+void openChart(Page& page, const std::string& caption, std::string_view described) {
   page.add(
       "<figure><figcaption>{}</figcaption>\n<svg viewBox=\"0 0 {} {}\" role=\"img\"><title>{}"
       "</title>\n",
@@ -178,7 +193,10 @@ void addMarks(Page& page, const ResultStatistics& result, const Range& axis, boo
   if (withMean) marks.push_back({"mean", result.moments.mean, 0, true});
   std::stable_sort(marks.begin(), marks.end(),
                    [](const Mark& a, const Mark& b) { return a.x < b.x; });
-  constexpr double apart = 62;
+  const Numbers numbers = numbersOf(result.moments);
+  std::size_t longest = 0;
+  for (const Mark& mark : marks) longest = std::max(longest, lengthOf(numbers(mark.x)));
+  const double apart = std::max(52., 6.9 * static_cast<double>(longest) + 8);
   double least = left + apart / 2;
   for (Mark& mark : marks) {
     mark.label = std::max(least, across(std::clamp(mark.x, axis.from, axis.to), axis));
@@ -189,7 +207,6 @@ void addMarks(Page& page, const ResultStatistics& result, const Range& axis, boo
     mark->label = std::min(mark->label, most);
     most = mark->label - apart;
   }
-  const Numbers numbers = numbersOf(result.moments);
   for (const Mark& mark : marks) {
     const double x = across(std::clamp(mark.x, axis.from, axis.to), axis);
     page.add("<path class=\"mark{}\" d=\"M{:.1f} 32V38L{:.1f} {}V{}\"/>",
@@ -201,10 +218,29 @@ void addMarks(Page& page, const ResultStatistics& result, const Range& axis, boo
   }
 }
 
-/// The axis of a result's charts: the bulk of its values, with all marks.
+const Percentile* markOf(const ResultStatistics& result, double percent) {
+  const auto mark = std::find_if(result.marks.begin(), result.marks.end(),
+                                 [&](const Percentile& p) { return p.percent == percent; });
+  return mark == result.marks.end() ? nullptr : &*mark;
+}
+
+/// The axis of a result's charts: the bulk of its values, with all marks. A long tail leaves it,
+/// lest everything else is squeezed.
 Range axisOf(const ResultStatistics& result) {
   const auto& cells = result.histogram;
   Range axis{cells.low, cells.low + cells.width * static_cast<double>(cells.counts.size())};
+  const Percentile* p10 = markOf(result, 10);
+  const Percentile* p50 = markOf(result, 50);
+  const Percentile* p90 = markOf(result, 90);
+  if (p10 != nullptr && p50 != nullptr && p90 != nullptr) {
+    constexpr double far = 4;
+    if (p90->value > p50->value) {
+      axis.to = std::min(axis.to, p50->value + far * (p90->value - p50->value));
+    }
+    if (p10->value < p50->value) {
+      axis.from = std::max(axis.from, p50->value - far * (p50->value - p10->value));
+    }
+  }
   const auto take = [&](double x) {
     axis.from = std::min(axis.from, x);
     axis.to = std::max(axis.to, x);
@@ -218,6 +254,18 @@ Range axisOf(const ResultStatistics& result) {
   return axis;
 }
 
+/// What share of the trials lies outside of the axis, where that is not next to nothing.
+std::string beyond(const ResultStatistics& result, const Range& axis) {
+  const auto& cells = result.histogram;
+  auto outside = static_cast<double>(cells.below + cells.above);
+  for (std::size_t i = 0; i < cells.counts.size(); ++i) {
+    const double middle = cells.low + cells.width * (static_cast<double>(i) + 0.5);
+    if (middle < axis.from || middle > axis.to) outside += static_cast<double>(cells.counts[i]);
+  }
+  const double share = outside / result.moments.count;
+  return share > 0.004 ? fmt::format("; {:.1f} % lie further out", 100 * share) : "";
+}
+
 /// How many of the histogram's fine cells a bar shows: some 2 n^(1/3) bars (Rice's rule), 10 to 80.
 std::size_t cellsPerBar(std::size_t cells, std::uint64_t trials) {
   const double bars = std::clamp(2 * std::cbrt(static_cast<double>(trials)), 10., 80.);
@@ -225,7 +273,7 @@ std::size_t cellsPerBar(std::size_t cells, std::uint64_t trials) {
 }
 
 void addHistogram(Page& page, const ResultStatistics& result, const Range& axis) {
-  openChart(page, "How often: a bar's area is the share of the trials",
+  openChart(page, "How often: a bar's area is the share of the trials" + beyond(result, axis),
             result.name + ": histogram with mean and percentiles");
   const auto& cells = result.histogram;
   const auto trials = static_cast<std::uint64_t>(result.moments.count);
@@ -243,7 +291,7 @@ void addHistogram(Page& page, const ResultStatistics& result, const Range& axis)
     const double to =
         std::max(from + 2, across(cells.low + cells.width * static_cast<double>(end), axis) - 0.7);
     const double y = up(static_cast<double>(bars[i]) / static_cast<double>(most));
-    if (bars[i] > 0) {
+    if (bars[i] > 0 && from >= left && to <= right + 2) {
       page.add(
           "<rect class=\"bar\" x=\"{:.1f}\" y=\"{:.1f}\" width=\"{:.1f}\" height=\"{:.1f}\"/>\n",
           from, y, to - from, bottom - y);
@@ -271,6 +319,7 @@ void addCumulative(Page& page, const ResultStatistics& result, const Range& axis
   for (std::size_t i = 0; i < cells.counts.size(); ++i) {
     sum += static_cast<double>(cells.counts[i]);
     const double x = cells.low + cells.width * static_cast<double>(i + 1);
+    if (x < axis.from || x > axis.to) continue;
     page.add("L{:.1f} {:.1f}", across(x, axis), up(sum / trials));
   }
   page.add("L{} {:.1f}\"/>\n", right, up(sum / trials));
@@ -339,8 +388,7 @@ void addTornado(Page& page, const Results& results, const ResultStatistics& resu
         "<td class=\"n\">{}</td><td class=\"n\">{}</td><td class=\"n more\">{}</td><td class=\"n "
         "more\">{}"
         "</td></tr>\n",
-        numbers(low), numbers(high), shareText(share),
-        std::isfinite(rank) ? fmt::format("{:.2f}", rank + 0.0) : "\u2013");
+        numbers(low), numbers(high), shareText(share), plain(rank));
   }
   page.add("</tbody></table>\n");
   if (shown < order.size()) {
@@ -363,9 +411,6 @@ void addFigures(Page& page, const ResultStatistics& result) {
   page.add("</tbody></table></div>\n<div class=\"scroll\"><table><tbody>\n");
   const auto row = [&](std::string_view name, const std::string& value) {
     page.add("<tr><td>{}</td><td class=\"n\">{}</td></tr>\n", name, value);
-  };
-  const auto plain = [](double value) {
-    return std::isfinite(value) ? fmt::format("{:.2f}", value) : std::string("\u2013");
   };
   row("Mean", numbers(moments.mean));
   row("Standard error of the mean",
@@ -446,12 +491,6 @@ void addConvergence(Page& page, const ResultStatistics& result) {
   page.add("</div>\n");
 }
 
-const Percentile* markOf(const ResultStatistics& result, double percent) {
-  const auto mark = std::find_if(result.marks.begin(), result.marks.end(),
-                                 [&](const Percentile& p) { return p.percent == percent; });
-  return mark == result.marks.end() ? nullptr : &*mark;
-}
-
 void addResult(Page& page, const Results& results, std::size_t index) {
   const ResultStatistics& result = results.results[index];
   const std::string unit = result.unit.empty() ? "" : " " + markup(result.unit);
@@ -472,8 +511,8 @@ void addResult(Page& page, const Results& results, std::size_t index) {
         "<p class=\"lead\">Four in five trials stay at or below <b>{}{}</b> (P80; 95 % interval {} "
         "to {}). The "
         "mean is <b>{}{}</b>, and eight in ten trials lie between {} and {}.</p>\n",
-        numbers(p80->value), unit, fine(p80->low), fine(p80->high),
-        numbers(result.moments.mean), unit, numbers(p10->value), numbers(p90->value));
+        numbers(p80->value), unit, fine(p80->low), fine(p80->high), numbers(result.moments.mean),
+        unit, numbers(p10->value), numbers(p90->value));
   }
   const Range axis = axisOf(result);
   page.add("<div class=\"charts\">\n");
