@@ -92,6 +92,7 @@ class c_Distribution {
   [[nodiscard]] Law law() const;
 
   // ---- evaluation; 0 without a type ----
+  // Settled results, which are not the law's everywhere: see docs/departures.md, and `law`.
 
   /// The density at x, 0 where the limits cut x away; not rescaled by the probability that they
   /// keep.

@@ -220,8 +220,10 @@ double Johnson::logSlope(double x) const noexcept {
       return std::log(delta) - std::log(lambda * fromXi);
     case Curve::SU:
       return std::log(delta) - std::log(std::hypot(1, fromXi / lambda));
-    default:
-      return std::log(delta) - std::log(fromXi / lambda) - std::log((lambda - fromXi) / lambda);
+    default: {
+      const Bounds ends = Bounds::ofWidth(xi, lambda);
+      return std::log(delta) - std::log(ends.below(x) / lambda) - std::log(ends.above(x) / lambda);
+    }
   }
 }
 

@@ -19,7 +19,7 @@ class Triangular {
         likely_(likely),
         maximum_(maximum),
         halfWidth_(maximum / 2 - minimum / 2),
-        shareBelow_(halfWidth_ > 0 ? (likely / 2 - minimum / 2) / halfWidth_ : 0),
+        shareBelow_(halfWidth_ > 0 ? (likely / 2 - minimum / 2) / halfWidth_ : 1),
         shareAbove_(halfWidth_ > 0 ? (maximum / 2 - likely / 2) / halfWidth_ : 0) {}
 
   [[nodiscard]] Support support() const noexcept;

@@ -174,6 +174,12 @@ TEST(Plot, APoleLeavesThePanelAndAHighCutToo) {
   EXPECT_LE(heightFor({densityCurve(tail, shown)}, shown), 2.5 * kept);
 }
 
+// One ulp inside its upper end the density of an SB curve is 0, not a pole.
+TEST(Plot, AFlatEndIsNoPole) {
+  const Law law = Law::johnson(10, 2, -1.5, 7);
+  EXPECT_EQ(law.density(std::nextafter(law.support().upper, 0)), 0);
+}
+
 TEST(Plot, LabelsStayApartAndInside) {
   Panel panel = triangle();
   panel.from = 1e12;

@@ -8,8 +8,10 @@
 #include <cmath>
 #include <map>
 
+#include "hosts/terminal/Output.h"
 #include "hosts/terminal/Range.h"
 #include "hosts/terminal/Text.h"
+#include "laws/Johnson.h"
 #include "runtime/NumericText.h"
 
 namespace palvex::terminal {
@@ -44,6 +46,21 @@ Variant limitValue(const std::string& argument, const std::shared_ptr<const Work
     if (sameLetters(argument, text)) return "+Infinity";
   }
   return argumentValue(argument, sheet);
+}
+
+/// A word on standard error where a fitted Johnson curve is far from the moments asked for.
+void noteLooseFit(const std::vector<DistributionArguments::Item>& items) {
+  m_Johnson::JohnsonParams curve;
+  const auto asked = [&](std::size_t i) {
+    const Variant held = content(items.at(i).value);
+    return held.isEmpty() ? 0 : held.toDouble();
+  };
+  m_Johnson::CalcJohnson(asked(0), asked(1), asked(2), asked(3), curve);
+  const auto [mean, sd, skewness, kurtosis] = laws::Johnson(curve).curveMoments();
+  if (std::abs(skewness - asked(2)) > 0.1 || std::abs(kurtosis - asked(3)) > 0.05 * asked(3))
+    writeMessage(fmt::format(
+        "palvex: note: the fitted Johnson curve has the skewness {:.4g} and the kurtosis {:.4g}\n",
+        skewness, kurtosis));
 }
 
 }  // namespace
@@ -134,6 +151,12 @@ std::string typeNamed(const std::string& type) {
   throw Refusal(fmt::format("Unknown distribution type '{}'.  {}", type,
                             near.empty() ? std::string("palvex types lists them.")
                                          : fmt::format("Did you mean {}?", near)));
+}
+
+Law DistributionArguments::law(const std::vector<Item>& items) const {
+  Law law = lawOf(type, items);
+  if (type == "Johnson") noteLooseFit(items);
+  return law;
 }
 
 Law lawOf(const std::string& type, const std::vector<DistributionArguments::Item>& items) {

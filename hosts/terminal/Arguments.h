@@ -49,6 +49,11 @@ struct DistributionArguments {
   /// @throws SheetError
   std::vector<Item> read();
 
+  /// The law of the items that were read, with a note on standard error where a fitted curve is far
+  /// from what was asked for.
+  /// @throws Refusal with the engine's sentence
+  [[nodiscard]] Law law(const std::vector<Item>& items) const;
+
   std::string type;
   std::vector<std::string> parameters;
   std::string lowerLimit;

@@ -41,7 +41,7 @@ Table described(DescribeOptions& options) {
     members.emplace(options.type, items);
     law = members->law();
   } else {
-    law = lawOf(options.type, items);
+    law = options.law(items);
   }
   Table table(members ? std::vector<std::string>{"quantity", "law", "RandVal", "not the law"}
                       : std::vector<std::string>{"quantity", "value"});

@@ -157,7 +157,7 @@ void draw(DrawOptions& options) {
       different = drawFromMembers(run, members, writer, progress);
     });
   } else {
-    const Law law = lawOf(options.type, items);
+    const Law law = options.law(items);
     write([&](DrawWriter& writer, Progress& progress) { drawFromLaw(run, law, writer, progress); });
   }
   if (different > 0)

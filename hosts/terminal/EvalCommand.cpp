@@ -90,7 +90,7 @@ void eval(EvalOptions& options) {
     Members members(options.type, items);
     evaluateMembers(points, members, options.format, output);
   } else {
-    evaluateLaw(points, lawOf(options.type, items), options.format, output);
+    evaluateLaw(points, options.law(items), options.format, output);
   }
   output.close();
   if (interrupted()) throw Interruption{};

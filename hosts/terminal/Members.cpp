@@ -21,11 +21,12 @@ Members::Members(const std::string& type, const std::vector<DistributionArgument
 }
 
 bool Members::same(double member, double law) {
-  return member == law || std::abs(member - law) <= tolerance * std::abs(law);
+  return member == law ||
+         (std::isfinite(law) && std::abs(member - law) <= tolerance * std::abs(law));
 }
 
 bool Members::sameDraw(double member, double law) const {
-  return same(member, law) || std::abs(member - law) <= tolerance * sd_;
+  return same(member, law) || (std::isfinite(law) && std::abs(member - law) <= tolerance * sd_);
 }
 
 void addMembers(CLI::App& command, bool& members) {

@@ -31,6 +31,7 @@ constexpr const char* style = R"(<style>
   .paper { fill: #fff } .head { font-size: 18px; font-weight: bold } .title { font-size: 15px; font-weight: bold }
   .quiet { fill: #555 } .centre { text-anchor: middle } .end { text-anchor: end }
   .kept { fill: #9dbfe0 } .edge { fill: none; stroke: #1d4f80; stroke-width: 1.8; stroke-linejoin: round }
+  .border { fill: none; stroke: #1d4f80; stroke-width: 0.8 }
   .cut { fill: none; stroke: #555; stroke-width: 1.4; stroke-dasharray: 5 4 }
   .axis, .leader, .value { fill: none; stroke: #222; stroke-width: 1 } .grid { fill: none; stroke: #ddd; stroke-width: 1 }
   .mean { stroke-width: 2; stroke-dasharray: 2 3 } .across { fill: none; stroke: #555; stroke-width: 1; stroke-dasharray: 1 3 }
@@ -38,7 +39,7 @@ constexpr const char* style = R"(<style>
   .edge3 { stroke: #9c3f77; stroke-dasharray: 10 3 2 3 } .edge4 { stroke: #7a6200; stroke-dasharray: 6 2 2 2 2 2 } .edge5 { stroke: #444; stroke-dasharray: 1.5 2.5 }
   @media (prefers-color-scheme: dark) {
     text { fill: #e8e8e8 } .paper { fill: #14181d } .quiet { fill: #b0b0b0 }
-    .kept { fill: #2f5478 } .edge { stroke: #9cc7f0 } .cut, .across { stroke: #b0b0b0 } .grid { stroke: #30363d }
+    .kept { fill: #2f5478 } .edge, .border { stroke: #9cc7f0 } .cut, .across { stroke: #b0b0b0 } .grid { stroke: #30363d }
     .axis, .leader, .value { stroke: #e8e8e8 }
     .edge1 { stroke: #ff9d5c } .edge2 { stroke: #4fd6a8 } .edge3 { stroke: #eba5cf } .edge4 { stroke: #e6d25a } .edge5 { stroke: #ccc }
   }
@@ -321,6 +322,10 @@ class PanelDrawing {
         filled.insert(filled.begin(), {filled.front().x, layout_.bottom()});
         filled.push_back({filled.back().x, layout_.bottom()});
         drawing_.line(filled, "kept");
+        for (const auto& [x, height] : panel_.borders) {
+          if (x > line.front().x && x < line.back().x)
+            drawing_.line({{across(x), layout_.bottom()}, {across(x), up(height)}}, "border");
+        }
         // A limit is an edge, the end of the axis is not.
         if (line.front().x > panel_.from) outline.insert(outline.begin(), filled.front());
         if (line.back().x < panel_.to) outline.push_back(filled.back());

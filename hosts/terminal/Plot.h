@@ -35,7 +35,8 @@ struct Panel {
   double height;  // of the upper border; > 0
   std::vector<Curve> curves;
   std::vector<Mark> marks;
-  std::vector<double> values;  // data, each a tick below the axis
+  std::vector<Point> borders;  // between the bins of a histogram, each as high as the lower one
+  std::vector<double> values;  // data, each a tick on the axis
   std::string axisTitle;
   std::string heightTitle;
   bool filled = true;

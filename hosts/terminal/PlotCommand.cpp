@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "families/m_Histogram.h"
 #include "hosts/terminal/Arguments.h"
 #include "hosts/terminal/Commands.h"
 #include "hosts/terminal/Faults.h"
@@ -153,6 +154,24 @@ std::vector<double> rawValues(const std::string& type, const Items& items) {
   return values;
 }
 
+/// The borders between the bins of a histogram that touch.
+std::vector<Point> bordersOf(const std::string& type, const Items& items, const Law& law) {
+  constexpr std::size_t most = 100;  // more would only darken the picture
+  std::vector<Point> borders;
+  if (type != "Histogram") return borders;
+  m_Histogram::Arrays arrays;
+  if (!m_Histogram::CreateHistogramArrays(items.at(0).value, items.at(1).value, arrays.density,
+                                          arrays.table)
+           .empty())
+    return borders;
+  const auto& bins = arrays.density;
+  for (std::size_t i = 3; i < bins.size() && bins.size() <= 3 * most; i += 3) {
+    const double height = std::min(bins[i - 1], bins[i + 2]) / law.keptProbability();
+    if (bins[i - 2] == bins[i] && height > 0) borders.push_back({bins[i], height});
+  }
+  return borders;
+}
+
 std::vector<Mark> marksOf(const Law& law, const PlotOptions& options) {
   std::vector<Mark> marks;
   const auto add = [&](const std::string& name, double x) {
@@ -186,7 +205,7 @@ struct Plotted {
   explicit Plotted(DistributionArguments& arguments)
       : type((arguments.type = typeNamed(arguments.type))),
         items(arguments.read()),
-        subject{lawOf(type, items), lawOf(type, withoutLimits(items)), limitsIn(items)} {}
+        subject{arguments.law(items), lawOf(type, withoutLimits(items)), limitsIn(items)} {}
 
   [[nodiscard]] std::string title() const { return type + limitsText(subject.limits); }
 };
@@ -234,6 +253,7 @@ Panel panelOf(const Plotted& plotted, const PlotOptions& options) {
   } else {
     panel.curves = {std::move(curve)};
     panel.values = rawValues(plotted.type, plotted.items);
+    if (!options.cumulative) panel.borders = bordersOf(plotted.type, plotted.items, subject.law);
   }
   setHeight(panel);
   return panel;

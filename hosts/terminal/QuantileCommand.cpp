@@ -29,7 +29,7 @@ Table quantiles(QuantileOptions& options) {
   const std::vector<double> ps = probabilities(options);
   const auto items = options.read();
   if (!options.members) {
-    const Law law = lawOf(options.type, items);
+    const Law law = options.law(items);
     Table table({options.upper ? "exceedance" : "probability", "value"});
     for (const double p : ps)
       table.add({p, options.upper ? law.upperQuantile(p) : law.quantile(p)});
