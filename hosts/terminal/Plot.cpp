@@ -593,8 +593,9 @@ std::string svgOf(const std::vector<Panel>& panels, const std::string& title) {
   for (std::size_t i = 0; i < heads.size(); ++i)
     drawing.text({16, 29 + 24 * static_cast<double>(i)}, "head", heads[i]);
   for (std::size_t i = 0; i < panels.size(); ++i) {
+    const std::size_t row = i / columns;
     const double x = layout.width * static_cast<double>(i % columns);
-    const double y = head + layout.height() * static_cast<double>(i / columns);
+    const double y = head + layout.height() * static_cast<double>(row);
     drawing.open(fmt::format("g transform=\"translate({:.1f} {:.1f})\"", x, y));
     PanelDrawing(drawing, panels[i], layout).draw();
     drawing.close("g");
