@@ -30,7 +30,8 @@ class Exponential {
   }
   /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
-    return minimum_ - (p < q ? std::log1p(-p) : std::log(q)) / lambda_;
+    // Only a small p has digits that q has lost.
+    return minimum_ - (p < 0.01 ? std::log1p(-p) : std::log(q)) / lambda_;
   }
 
   /// Mean and standard deviation of what the limits keep, in closed form. Error 11 when they keep

@@ -2,6 +2,7 @@
 
 #include "families/m_Johnson.h"
 #include "laws/Moments.h"
+#include "laws/StandardNormal.h"
 #include "laws/Support.h"
 #include "laws/Tails.h"
 
@@ -43,7 +44,11 @@ class Johnson {
 
   [[nodiscard]] Tails tails(double x) const noexcept;
   /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
-  [[nodiscard]] double quantile(double p, double q) const noexcept;
+  [[nodiscard]] double quantile(double p, double q) const noexcept {
+    return fromDeviate(normalQuantile(p, q));
+  }
+  /// The value of a standard normal deviate.
+  [[nodiscard]] double fromDeviate(double z) const noexcept;
 
   struct CurveMoments {
     double mean;

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "laws/AnyLaw.h"
+#include "laws/QuantileBlock.h"
 #include "laws/Tails.h"
 
 namespace palvex::laws {
@@ -100,6 +101,14 @@ class Kept final : public AnyLaw {
   }
 
   void quantiles(std::span<const double> p, std::span<double> x) const noexcept override {
+    if constexpr (requires(double* values) {
+                    quantileBlock(law_, KeptPart{}, values, values, 1);
+                  }) {
+      if (count_ == 1 && support_.lower < support_.upper) {
+        quantileBlocks(p, x);
+        return;
+      }
+    }
     for (std::size_t i = 0; i < p.size(); ++i) x[i] = quantile(p[i]);
   }
 
@@ -164,7 +173,10 @@ class Kept final : public AnyLaw {
       if (*limits_.lower < whole.upper) add(lower, highest);
     }
     if (count_ == 0) return;
-    support_ = {pieces_[0].values.lower, pieces_[count_ - 1].values.upper};
+    const Piece& first = pieces_[0];
+    part_ = {first.atLower.lower, first.atUpper.upper, first.probability, first.values.lower,
+             first.values.upper};
+    support_ = {first.values.lower, pieces_[count_ - 1].values.upper};
     support_.lowerIncluded = support_.lower > whole.lower || whole.lowerIncluded;
     support_.upperIncluded = support_.upper < whole.upper || whole.upperIncluded;
   }
@@ -178,30 +190,39 @@ class Kept final : public AnyLaw {
     probability_ += probability;
   }
 
+  static double inside(const Piece& piece, double x) noexcept {
+    return std::clamp(x, piece.values.lower, piece.values.upper);
+  }
+
+  void quantileBlocks(std::span<const double> p, std::span<double> x) const noexcept {
+    // The spans may be one and the same: arrays of its own let the compiler take several at a time.
+    std::array<double, blockSize> from;  // NOLINT: filled as far as it is read
+    std::array<double, blockSize> to;    // NOLINT: likewise
+    for (std::size_t start = 0; start < p.size(); start += blockSize) {
+      const std::size_t n = std::min(blockSize, p.size() - start);
+      std::copy_n(p.begin() + static_cast<std::ptrdiff_t>(start), n, from.begin());
+      quantileBlock(law_, part_, from.data(), to.data(), n);
+      std::copy_n(to.begin(), n, x.begin() + static_cast<std::ptrdiff_t>(start));
+    }
+  }
+
   /// The quantile of p and q = 1 - p, both in (0, 1).
   [[nodiscard]] double at(double p, double q) const noexcept {
-    // Both tails of the whole law there are sums without cancellation.
-    if (count_ == 1) {
-      const Piece& piece = pieces_[0];
-      return inside(piece, piece.atLower.lower + p * probability_,
-                    piece.atUpper.upper + q * probability_);
-    }
+    if (count_ == 1) return part_.inside(law_.quantile(part_.lowerTail(p), part_.upperTail(q)));
+    return atOneOfTwo(p, q);
+  }
+
+  [[nodiscard]] double atOneOfTwo(double p, double q) const noexcept {
     const auto& [first, second] = pieces_;
     const double lower = p * probability_;
     const double upper = q * probability_;
+    // What is left of a piece, from the smaller of p and q.
     if (p < q ? lower <= first.probability : upper >= second.probability) {
-      return inside(
-          first, lower,
-          first.atUpper.upper + (p < q ? first.probability - lower : upper - second.probability));
+      const double rest = p < q ? first.probability - lower : upper - second.probability;
+      return inside(first, law_.quantile(lower, first.atUpper.upper + rest));
     }
-    return inside(
-        second,
-        second.atLower.lower + (p < q ? lower - first.probability : second.probability - upper),
-        upper);
-  }
-
-  [[nodiscard]] double inside(const Piece& piece, double p, double q) const noexcept {
-    return std::clamp(law_.quantile(p, q), piece.values.lower, piece.values.upper);
+    const double rest = p < q ? lower - first.probability : second.probability - upper;
+    return inside(second, law_.quantile(second.atLower.lower + rest, upper));
   }
 
   std::string_view type_;
@@ -210,6 +231,7 @@ class Kept final : public AnyLaw {
   Support support_{};
   std::array<Piece, 2> pieces_{};
   std::size_t count_ = 0;
+  KeptPart part_{};  // the first piece, for quantiles of an only one
   double probability_ = 0;
   double logProbability_ = 0;
 };

@@ -32,7 +32,11 @@ class Lognormal {
   }
   /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
-    return minimum_ + std::exp(location_ + scale_ * normalQuantile(p, q));
+    return fromDeviate(normalQuantile(p, q));
+  }
+  /// The value of a standard normal deviate.
+  [[nodiscard]] double fromDeviate(double z) const noexcept {
+    return minimum_ + std::exp(location_ + scale_ * z);
   }
 
   /// The standard deviation; infinite where it exceeds the double range.

@@ -28,8 +28,10 @@ class Normal {
   }
   /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
-    return mean_ + sd_ * normalQuantile(p, q);
+    return fromDeviate(normalQuantile(p, q));
   }
+  /// The value of a standard normal deviate.
+  [[nodiscard]] double fromDeviate(double z) const noexcept { return mean_ + sd_ * z; }
 
   /// Mean and standard deviation of what the limits keep, in closed form; nothing where its terms
   /// would cancel.

@@ -20,6 +20,11 @@ inline Tails normalTails(double z) noexcept {
   return z < 0 ? fromLower(small) : fromUpper(small);
 }
 
+/// p - 1/2, from the smaller of p and q = 1 - p.
+[[gnu::always_inline]] constexpr double centredProbability(double p, double q) noexcept {
+  return p < q ? p - 0.5 : 0.5 - q;
+}
+
 /// Whether p = 1/2 + centred is so central that AS 241 needs no logarithm.
 constexpr bool isCentral(double centred) noexcept {
   return centred >= -0.425 && centred <= 0.425;
@@ -43,8 +48,9 @@ constexpr bool isCentral(double centred) noexcept {
   return centred * polynomial(a, r) / polynomial(b, r);
 }
 
-/// How far from 0 lies the deviate beyond which there is the probability `tail` < 0.075 (AS 241).
-inline double tailDeviate(double tail) noexcept {
+/// How far from 0 lies the deviate beyond which there is the probability exp(-r^2), for r <= 5
+/// (AS 241).
+[[gnu::always_inline]] constexpr double nearTailDeviate(double r) noexcept {
   constexpr std::array c{1.42343711074968357734,   4.63033784615654529590,
                          5.76949722146069140550,   3.64784832476320460504,
                          1.27045825245236838258,   0.241780725177450611770,
@@ -57,6 +63,11 @@ inline double tailDeviate(double tail) noexcept {
                          0.0151986665636164571966,
                          0.000547593808499534494600,
                          1.05075007164441684324e-9};
+  return polynomial(c, r - 1.6) / polynomial(d, r - 1.6);
+}
+
+/// The same for r > 5.
+inline double farTailDeviate(double r) noexcept {
   constexpr std::array e{6.65790464350110377720,    5.46378491116411436990,
                          1.78482653991729133580,    0.296560571828504891230,
                          0.0265321895265761230930,  0.00124266094738807843860,
@@ -69,15 +80,19 @@ inline double tailDeviate(double tail) noexcept {
                          1.84631831751005468180e-5,
                          1.42151175831644588870e-7,
                          2.04426310338993978564e-15};
-  if (tail == 0) return std::numeric_limits<double>::infinity();
+  if (std::isinf(r)) return r;
+  return polynomial(e, r - 5) / polynomial(f, r - 5);
+}
+
+/// How far from 0 lies the deviate beyond which there is the probability `tail` < 0.075.
+inline double tailDeviate(double tail) noexcept {
   const double r = std::sqrt(-std::log(tail));
-  return r <= 5 ? polynomial(c, r - 1.6) / polynomial(d, r - 1.6)
-                : polynomial(e, r - 5) / polynomial(f, r - 5);
+  return r <= 5 ? nearTailDeviate(r) : farTailDeviate(r);
 }
 
 /// The deviate with the probability p below and q = 1 - p above it; relative error 1e-15.
 inline double normalQuantile(double p, double q) noexcept {
-  const double centred = p < q ? p - 0.5 : 0.5 - q;
+  const double centred = centredProbability(p, q);
   if (isCentral(centred)) return centralDeviate(centred);
   return p < q ? -tailDeviate(p) : tailDeviate(q);
 }

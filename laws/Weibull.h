@@ -31,7 +31,8 @@ class Weibull {
   }
   /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
-    const double power = p < q ? -std::log1p(-p) : -std::log(q);
+    // Only a small p has digits that q has lost.
+    const double power = p < 0.01 ? -std::log1p(-p) : -std::log(q);
     return minimum_ + scale_ * std::pow(power, 1 / shape_);
   }
 

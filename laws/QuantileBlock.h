@@ -1,0 +1,61 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+
+#include "laws/StandardNormal.h"
+#include "laws/Triangular.h"
+#include "laws/Uniform.h"
+
+/// Quantiles of one piece of a law, alone or many at once: to the same bits.
+namespace palvex::laws {
+
+/// A piece that limits keep: the probabilities below and above it, its own, and its outermost
+/// values.
+struct KeptPart {
+  double below;
+  double above;
+  double probability;
+  double least;
+  double greatest;
+
+  // The tails of the whole law at the position p = 1 - q: sums, so nothing cancels.
+  [[nodiscard]] double lowerTail(double p) const noexcept { return below + p * probability; }
+  [[nodiscard]] double upperTail(double q) const noexcept { return above + q * probability; }
+
+  [[nodiscard]] double inside(double x) const noexcept {
+    return std::min(std::max(x, least), greatest);
+  }
+  /// The quantile of any p, from what the law gives for a p in (0, 1).
+  [[nodiscard]] double ended(double p, double quantile) const noexcept {
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    const double end = p == 0 ? least : p == 1 ? greatest : nan;
+    return p > 0 && p < 1 ? inside(quantile) : end;
+  }
+};
+
+/// So many at a time, between arrays of their own.
+inline constexpr std::size_t blockSize = 256;
+
+void quantileBlock(const Uniform& law, const KeptPart& part, const double* p, double* x,
+                   std::size_t n) noexcept;
+void quantileBlock(const Triangular& law, const KeptPart& part, const double* p, double* x,
+                   std::size_t n) noexcept;
+
+/// The normal deviates at the positions p.
+/// @param n  at most blockSize
+void deviateBlock(const KeptPart& part, const double* p, double* z, std::size_t n) noexcept;
+
+/// For laws of a transformed normal deviate.
+template <class TheLaw>
+requires requires(const TheLaw& law) {
+  law.fromDeviate(0.0);
+}
+void quantileBlock(const TheLaw& law, const KeptPart& part, const double* p, double* x,
+                   std::size_t n) noexcept {
+  deviateBlock(part, p, x, n);
+  for (std::size_t i = 0; i < n; ++i) x[i] = part.ended(p[i], law.fromDeviate(x[i]));
+}
+
+}  // namespace palvex::laws
