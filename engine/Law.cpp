@@ -24,7 +24,7 @@
 #include "laws/Triangular.h"
 #include "laws/Uniform.h"
 #include "laws/Weibull.h"
-#include "runtime/Object.h"
+#include "runtime/Cells.h"
 
 namespace palvex {
 
@@ -185,24 +185,13 @@ SharedLaw lognormalMeanLaw(const Parameters& p, const Limits& limits) {
 
 // ---- worksheet data in memory ----
 
-/// Cells as the histogram's builder reads them from a worksheet.
-class Cells : public Object {
- public:
-  explicit Cells(Variant values) : values_(std::move(values)) {}
-
- protected:
-  Variant doGet(std::string_view member, const std::vector<Variant>& arguments) override {
-    return sameMember(member, "Value") ? values_ : Object::doGet(member, arguments);
-  }
-
- private:
-  Variant values_;
-};
-
-SharedLaw histogramOf(const Variant& values, std::string_view layout) {
+SharedLaw histogramOf(std::span<const double> values, std::int32_t columns,
+                      std::string_view layout) {
+  if (values.empty()) throw std::invalid_argument("No data");
   Fitted fitted;
-  const std::string fault = m_Histogram::CreateHistogramArrays(
-      std::make_shared<Cells>(values), layout, fitted.histogram.density, fitted.histogram.table);
+  const std::string fault =
+      m_Histogram::CreateHistogramArrays(std::make_shared<Cells>(values, columns), layout,
+                                         fitted.histogram.density, fitted.histogram.table);
   if (!fault.empty()) throw std::invalid_argument(fault);
   return lawOf(*findFamily("Histogram"), {}, fitted, {});
 }
@@ -266,24 +255,17 @@ Law Law::lognormalMean(double mean, double sd, double minimum) {
 }
 
 Law Law::histogram(std::span<const double> data) {
-  const auto n = static_cast<std::int32_t>(data.size());
-  Variant cells = Variant::array(n, 1);
-  for (std::int32_t i = 0; i < n; ++i) cells.at(i + 1, 1) = data[static_cast<std::size_t>(i)];
-  return Law(histogramOf(cells, dataConfigurations[0]));
+  return Law(histogramOf(data, 1, dataConfigurations[0]));
 }
 
 Law Law::histogram(std::span<const double> edges, std::span<const double> counts) {
   if (edges.size() != counts.size() + 1)
     throw std::invalid_argument("A histogram has one edge more than counts.");
-  const auto n = static_cast<std::int32_t>(counts.size());
-  Variant cells = Variant::array(n, 3);
-  for (std::int32_t i = 0; i < n; ++i) {
-    const auto bin = static_cast<std::size_t>(i);
-    cells.at(i + 1, 1) = edges[bin];
-    cells.at(i + 1, 2) = edges[bin + 1];
-    cells.at(i + 1, 3) = counts[bin];
+  std::vector<double> bins;
+  for (std::size_t i = 0; i < counts.size(); ++i) {
+    bins.insert(bins.end(), {edges[i], edges[i + 1], counts[i]});
   }
-  return Law(histogramOf(cells, dataConfigurations[2]));
+  return Law(histogramOf(bins, 3, dataConfigurations[2]));
 }
 
 Law Law::between(std::optional<double> lower, std::optional<double> upper) const {

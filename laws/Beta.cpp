@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numbers>
 
 #include "numerics/m_BetaRatio.h"
 #include "numerics/m_GammaFunctions.h"
@@ -46,8 +45,7 @@ Support Beta::support() const noexcept {
 }
 
 m_Beta::Fraction Beta::fraction(double x) const noexcept {
-  const double halfWidth = maximum_ / 2 - minimum_ / 2;  // the width itself may overflow
-  return {(x / 2 - minimum_ / 2) / halfWidth, (maximum_ / 2 - x / 2) / halfWidth};
+  return {extent_.below(x), extent_.above(x)};
 }
 
 double Beta::standardDensity(double x) const noexcept {
@@ -66,7 +64,7 @@ double Beta::standardDensity(double x) const noexcept {
 
 double Beta::density(double x) const noexcept {
   if (minimum_ == maximum_) return x == minimum_ ? 1 : 0;
-  return standardDensity(x) / 2 / (maximum_ / 2 - minimum_ / 2);
+  return standardDensity(x) / extent_.width / extent_.unit;
 }
 
 double Beta::logDensity(double x) const noexcept {
@@ -74,9 +72,9 @@ double Beta::logDensity(double x) const noexcept {
   const bool inside = x > minimum_ && x < maximum_;
   if (!inside || std::isnormal(direct)) return std::log(direct);
   const auto [u, v] = fraction(x);
-  const double halfWidth = maximum_ / 2 - minimum_ / 2;
   return (alpha_ - 1) * std::log(u) + (beta_ - 1) * std::log(v) -
-         m_Beta::IncompleteBeta(alpha_, beta_).logBeta() - std::log(halfWidth) - std::numbers::ln2;
+         m_Beta::IncompleteBeta(alpha_, beta_).logBeta() - std::log(extent_.width) -
+         std::log(extent_.unit);
 }
 
 void Beta::prepare() {
@@ -95,8 +93,8 @@ Tails Beta::tails(double x) const noexcept {
 
 double Beta::quantile(double p, double q) const noexcept {
   const auto [u, v] = (*inverse_)(p, q);
-  const double halfWidth = maximum_ / 2 - minimum_ / 2;
-  return u < v ? 2 * (minimum_ / 2 + halfWidth * u) : 2 * (maximum_ / 2 - halfWidth * v);
+  const auto& [unit, scale, lower, upper, width] = extent_;
+  return unit * (u < v ? lower + width * u : upper - width * v);
 }
 
 std::optional<Moments> Beta::moments(const Limits& limits) const {

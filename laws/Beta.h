@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "laws/Extent.h"
 #include "laws/Moments.h"
 #include "laws/Support.h"
 #include "laws/Tails.h"
@@ -16,7 +17,11 @@ class Beta {
  public:
   /// @param alpha,beta  > 0; minimum <= maximum
   Beta(double alpha, double beta, double minimum, double maximum)
-      : alpha_(alpha), beta_(beta), minimum_(minimum), maximum_(maximum) {}
+      : alpha_(alpha),
+        beta_(beta),
+        minimum_(minimum),
+        maximum_(maximum),
+        extent_(minimum, maximum) {}
 
   [[nodiscard]] Support support() const noexcept;
 
@@ -49,6 +54,7 @@ class Beta {
   double beta_;
   double minimum_;
   double maximum_;
+  Extent extent_;
   std::shared_ptr<const m_Beta::InverseBeta> inverse_;  // too much to copy with the law
 };
 

@@ -54,12 +54,12 @@ class Kept final : public AnyLaw {
 
   [[nodiscard]] double density(double x) const noexcept override {
     if (std::isnan(x)) return x;
-    return keeps(x) ? law_.density(x) / probability_ : 0;
+    return keeps(x) && std::isfinite(x) ? law_.density(x) / probability_ : 0;
   }
 
   [[nodiscard]] double logDensity(double x) const noexcept override {
     if (std::isnan(x)) return x;
-    return keeps(x) ? law_.logDensity(x) - logProbability_ : -infinity;
+    return keeps(x) && std::isfinite(x) ? law_.logDensity(x) - logProbability_ : -infinity;
   }
 
   [[nodiscard]] double probability(double x) const noexcept override {

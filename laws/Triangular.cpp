@@ -44,23 +44,22 @@ double Triangular::density(double x) const noexcept {
 double Triangular::logDensity(double x) const noexcept {
   if (minimum_ == maximum_) return x == minimum_ ? 0 : -infinity;
   if (!(minimum_ <= x && x <= maximum_)) return -infinity;
-  const double share = x >= likely_ && likely_ != maximum_
-                           ? (maximum_ / 2 - x / 2) / (maximum_ / 2 - likely_ / 2)
-                           : (x / 2 - minimum_ / 2) / (likely_ / 2 - minimum_ / 2);
-  return std::log(share) - std::log(halfWidth_);
+  const double share = x >= likely_ && likely_ != maximum_ ? extent_.above(x) / shareAbove_
+                                                           : extent_.below(x) / shareBelow_;
+  return std::log(share) - std::log(extent_.width / 2) - std::log(extent_.unit);
 }
 
 Tails Triangular::tails(double x) const noexcept {
   if (x >= maximum_) return {1, 0};
   if (x < minimum_) return {0, 1};
-  const double below = (x / 2 - minimum_ / 2) / halfWidth_;
-  const double above = (maximum_ / 2 - x / 2) / halfWidth_;
+  const double below = extent_.below(x);
+  const double above = extent_.above(x);
   // Each side's own tail is a square; the other is the rest of the triangle and the other side.
   if (x < likely_) {
-    const double toLikely = (likely_ / 2 - x / 2) / halfWidth_;
+    const double toLikely = (likely_ * extent_.scale - x * extent_.scale) / extent_.width;
     return {below * (below / shareBelow_), shareAbove_ + toLikely * (1 + below / shareBelow_)};
   }
-  const double fromLikely = (x / 2 - likely_ / 2) / halfWidth_;
+  const double fromLikely = (x * extent_.scale - likely_ * extent_.scale) / extent_.width;
   return {shareBelow_ + fromLikely * (1 + above / shareAbove_), above * (above / shareAbove_)};
 }
 

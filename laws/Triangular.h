@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "laws/Extent.h"
 #include "laws/Moments.h"
 #include "laws/Support.h"
 #include "laws/Tails.h"
@@ -18,9 +19,9 @@ class Triangular {
       : minimum_(minimum),
         likely_(likely),
         maximum_(maximum),
-        halfWidth_(maximum / 2 - minimum / 2),
-        shareBelow_(halfWidth_ > 0 ? (likely / 2 - minimum / 2) / halfWidth_ : 1),
-        shareAbove_(halfWidth_ > 0 ? (maximum / 2 - likely / 2) / halfWidth_ : 0) {}
+        extent_(minimum, maximum),
+        shareBelow_(extent_.width > 0 ? extent_.below(likely) : 1),
+        shareAbove_(extent_.width > 0 ? extent_.above(likely) : 0) {}
 
   [[nodiscard]] Support support() const noexcept;
 
@@ -40,9 +41,10 @@ class Triangular {
     const double u = (isBelow ? p : q) / share;
     const double t = ((isBelow ? q : p) - (isBelow ? shareAbove_ : shareBelow_)) / share;
     const double root = std::sqrt(u);
-    const double side = halfWidth_ * (isBelow ? share : -share);
-    const double end = isBelow ? minimum_ : maximum_;
-    return 2 * (t < 0.5 ? likely_ / 2 - side * (t / (1 + root)) : end / 2 + side * root);
+    const double side = extent_.width * (isBelow ? share : -share);
+    const double end = isBelow ? extent_.lower : extent_.upper;
+    const double likely = likely_ * extent_.scale;
+    return extent_.unit * (t < 0.5 ? likely - side * (t / (1 + root)) : end + side * root);
   }
 
   /// Mean and standard deviation of what the limits keep, in closed form. Error 11 when they keep
@@ -58,7 +60,7 @@ class Triangular {
   double minimum_;
   double likely_;
   double maximum_;
-  double halfWidth_;   // the width itself may overflow
+  Extent extent_;
   double shareBelow_;  // probability below `likely`
   double shareAbove_;
 };

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <limits>
-#include <numbers>
 
 namespace palvex::laws {
 
@@ -17,7 +16,7 @@ double Uniform::density(double x) const noexcept {
 
 double Uniform::logDensity(double x) const noexcept {
   if (!(minimum_ <= x && x <= maximum_)) return -std::numeric_limits<double>::infinity();
-  return halfWidth_ == 0 ? 0 : -std::log(halfWidth_) - std::numbers::ln2;
+  return extent_.width == 0 ? 0 : -std::log(extent_.width) - std::log(extent_.unit);
 }
 
 Moments Uniform::moments(const Limits& limits) const {

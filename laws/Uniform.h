@@ -1,5 +1,6 @@
 #pragma once
 
+#include "laws/Extent.h"
 #include "laws/Moments.h"
 #include "laws/Support.h"
 #include "laws/Tails.h"
@@ -12,7 +13,7 @@ class Uniform {
  public:
   /// minimum <= maximum
   Uniform(double minimum, double maximum)
-      : minimum_(minimum), maximum_(maximum), halfWidth_(maximum / 2 - minimum / 2) {}
+      : minimum_(minimum), maximum_(maximum), extent_(minimum, maximum) {}
 
   [[nodiscard]] Support support() const noexcept;
 
@@ -25,11 +26,12 @@ class Uniform {
   [[nodiscard]] Tails tails(double x) const noexcept {
     if (x >= maximum_) return {1, 0};
     if (x < minimum_) return {0, 1};
-    return {(x / 2 - minimum_ / 2) / halfWidth_, (maximum_ / 2 - x / 2) / halfWidth_};
+    return {extent_.below(x), extent_.above(x)};
   }
   /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
-    return 2 * ((p < q ? minimum_ : maximum_) / 2 + halfWidth_ * (p < q ? p : -q));
+    return extent_.unit *
+           ((p < q ? extent_.lower : extent_.upper) + extent_.width * (p < q ? p : -q));
   }
 
   /// Mean and standard deviation of what the limits keep, in closed form. Error 11 when they keep
@@ -44,7 +46,7 @@ class Uniform {
 
   double minimum_;
   double maximum_;
-  double halfWidth_;  // the width itself may overflow
+  Extent extent_;
 };
 
 }  // namespace palvex::laws

@@ -217,7 +217,7 @@ def main():
                 else:
                     x = nearest(law, p + (0 if pieces[-1][1] is None else
                                           law.tails(pieces[-1][1])[1]), True)
-                if x is None:
+                if x is None or 0 < abs(x) < mpf(10) ** -307:
                     continue
                 inside = [(a is None or a < x) and (b is None or x < b) for a, b in pieces]
                 if not any(inside):
