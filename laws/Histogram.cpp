@@ -36,9 +36,9 @@ Histogram::Histogram(const m_Histogram::Arrays& arrays) {
     bins.push_back({lower, upper, density, probability, upToUpper, 0});
   }
   double running = 0;
-  for (auto bin = bins.rbegin(); bin != bins.rend(); ++bin) {
-    bin->aboveUpper = running;
-    running += bin->probability;
+  for (std::size_t i = bins.size(); i-- > 0;) {
+    bins[i].aboveUpper = running;
+    running += bins[i].probability;
   }
   shared_ = std::make_shared<const std::vector<Bin>>(std::move(bins));
   bins_ = *shared_;
