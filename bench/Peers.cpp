@@ -100,7 +100,7 @@ void addRoutines() {
   add(
       "Gamma", who, [](double x, P v) { return m_Gamma::density(x, v[0], v[1], v[2], {}); },
       [](double x, P v) { return m_Gamma::GammaCDF(x, v[0], v[1], false).toDouble(); },
-      [](double p, P v) { return m_Gamma::value(p, v[0], v[1], v[2], {}); });
+      [](double p, P v) { return m_Gamma::GammaVAL(p, v[0], v[1], v[2]); });
   add(
       "Beta", who, [](double x, P v) { return m_Beta::BetaPDF(x, v[0], v[1], v[2], v[3], {}, {}); },
       [](double x, P v) { return m_Beta::BetaCDF(x, v[0], v[1], false).toDouble(); },

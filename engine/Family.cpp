@@ -27,16 +27,26 @@ namespace palvex {
 
 namespace {
 
-/// Calls `evaluate` with the shapes made of the first two parameters, which are kept where there is
-/// a place for them.
-template <class Shapes, class Evaluation>
-auto withShapes(const Values& v, Evaluation&& evaluate) {
+/// Calls `evaluate` with a Prepared made of these arguments, which is kept where there is a place
+/// for it.
+template <class Prepared, class Evaluation, class... Arguments>
+auto with(const Values& v, Evaluation&& evaluate, Arguments... arguments) {
   if (v.prepared == nullptr) {
-    Shapes shapes(v.p[0], v.p[1]);
-    return evaluate(shapes);
+    Prepared prepared(arguments...);
+    return evaluate(prepared);
   }
-  if (auto* kept = std::get_if<Shapes>(v.prepared)) return evaluate(*kept);
-  return evaluate(v.prepared->emplace<Shapes>(v.p[0], v.p[1]));
+  if (auto* kept = std::get_if<Prepared>(v.prepared)) return evaluate(*kept);
+  return evaluate(v.prepared->emplace<Prepared>(arguments...));
+}
+
+/// The same with what the first parameter of a gamma law gives, or the first two of a beta law.
+template <class Evaluation>
+auto withShape(const Values& v, Evaluation&& evaluate) {
+  return with<m_Gamma::IncompleteGamma>(v, evaluate, v.p[0]);
+}
+template <class Evaluation>
+auto withShapes(const Values& v, Evaluation&& evaluate) {
+  return with<m_Beta::Shapes>(v, evaluate, v.p[0], v.p[1]);
 }
 
 const Family normal{
@@ -235,18 +245,21 @@ const Family gamma{
     // The scale serves as the rate, and a minimum turns the probability into that above x.
     .cumulative =
         [](const Values& v, double x, Line line) {
-          return m_Gamma::GammaCDF(x, v.p[0], v.p[1], v.p[2] != 0, line).toDouble(line);
+          return withShape(v, [&](const m_Gamma::IncompleteGamma& shape) {
+            return m_Gamma::GammaCDF(x, shape, v.p[1], v.p[2] != 0, line).toDouble(line);
+          });
         },
-    .band = [](const Values& v, const Limits& limits,
-               Line line) { return m_Gamma::band(v.p[0], v.p[1], v.p[2], limits, line); },
+    .band =
+        [](const Values& v, const Limits& limits, Line line) {
+          return withShape(v, [&](const m_Gamma::IncompleteGamma& shape) {
+            return m_Gamma::band(shape, v.p[1], v.p[2], limits, line);
+          });
+        },
     .value =
         [](const Values& v, const Band& band, double p, Line line) {
-          if (v.prepared == nullptr || !(v.p[0] > 0)) {
-            return m_Gamma::value(p, v.p[0], v.p[1], v.p[2], band, line);
-          }
-          const auto* kept = std::get_if<m_Gamma::Shape>(v.prepared);
-          const auto& shape = kept ? *kept : v.prepared->emplace<m_Gamma::Shape>(v.p[0]);
-          return m_Gamma::value(p, shape, v.p[1], v.p[2], band, line);
+          return withShape(v, [&](const m_Gamma::IncompleteGamma& shape) {
+            return m_Gamma::value(p, shape, v.p[1], v.p[2], band, line);
+          });
         },
     .ignoresLimits = nullptr,
     .support = [](const Values& v) { return laws::Gamma(v.p[0], v.p[1], v.p[2]).support(); },
@@ -356,7 +369,7 @@ const Family beta{
     },
     .density =
         [](const Values& v, double x, const Limits& limits, const Variant&, Line line) {
-          return withShapes<m_Beta::Shapes>(v, [&](m_Beta::Shapes& shapes) {
+          return withShapes(v, [&](m_Beta::Shapes& shapes) {
             return m_Beta::density(x, shapes, v.p[2], v.p[3], limits, line);
           });
         },
@@ -366,26 +379,26 @@ const Family beta{
         },
     .densityHolds =
         [](const Values& v, double x) {
-          return withShapes<m_Beta::Shapes>(v, [&](m_Beta::Shapes& shapes) {
+          return withShapes(v, [&](m_Beta::Shapes& shapes) {
             return m_Beta::densityHolds(x, shapes, v.p[2], v.p[3]);
           });
         },
     .cumulative =
         [](const Values& v, double x, Line line) {
           const double z = Divide(checked(x - v.p[2], line), checked(v.p[3] - v.p[2], line), line);
-          return withShapes<m_Beta::Shapes>(v, [&](m_Beta::Shapes& shapes) {
+          return withShapes(v, [&](m_Beta::Shapes& shapes) {
             return m_Beta::BetaCDF(z, shapes, false, line).toDouble(line);
           });
         },
     .band =
         [](const Values& v, const Limits& limits, Line line) {
-          return withShapes<m_Beta::Shapes>(v, [&](m_Beta::Shapes& shapes) {
+          return withShapes(v, [&](m_Beta::Shapes& shapes) {
             return m_Beta::band(shapes, v.p[2], v.p[3], limits, line);
           });
         },
     .value =
         [](const Values& v, const Band& band, double p, Line line) {
-          return withShapes<m_Beta::Shapes>(v, [&](m_Beta::Shapes& shapes) {
+          return withShapes(v, [&](m_Beta::Shapes& shapes) {
             return m_Beta::value(p, shapes, v.p[2], v.p[3], band, line);
           });
         },

@@ -25,7 +25,7 @@ struct Fitted {
 
 /// What a family works out from its parameters alone when an evaluation first needs it, kept as
 /// long as the parameters stand.
-using Prepared = std::variant<std::monostate, m_Beta::Shapes, m_Gamma::Shape>;
+using Prepared = std::variant<std::monostate, m_Beta::Shapes, m_Gamma::IncompleteGamma>;
 
 /// What a family computes on: the current parameters, what was fitted at the last validation, and
 /// the place of what is prepared for these parameters, null where they stand for one call only.

@@ -70,22 +70,18 @@ Refusal searchShape(double p, double q, double z, double& shape) {
   return qleft ? Refusal{1, lowestShape} : Refusal{2, greatestShape};
 }
 
-/// GammaINV of a number or of a prepared shape.
-template <class Given>
-double quantile(double p, const Given& shape, double rate, bool upper) {
-  double x = 0;
-  std::int16_t ierr = 0;
-  const double complement = 1 - p;
-  gaminv(shape, x, -1, upper ? complement : p, upper ? p : complement, ierr);
-  if (ierr < 0) throw RuntimeError(fault::typeMismatch, std::string(failureText(ierr)));
-  return Divide(x, rate);
+/// Mode 1 of cdfgam, its arguments judged.
+std::int16_t probabilitiesAt(double x, const IncompleteGamma& shape, double scale, double& p,
+                             double& q) {
+  cumgam(scaled(x, scale), shape, p, q);
+  return p + q > 1.5 ? 10 : 0;
 }
 
 }  // namespace
 
-void cumgam(double x, double a, double& cum, double& ccum, Line caller) try {
+void cumgam(double x, const IncompleteGamma& a, double& cum, double& ccum, Line caller) try {
   refuseNaN(x);
-  refuseNaN(a);
+  refuseNaN(a.a());
   cum = 0;
   ccum = 1;
   if (x <= 0) return;
@@ -100,8 +96,7 @@ void cdfgam(std::int16_t which, double& p, double& q, double& x, double& shape, 
   Refusal refusal = judge(which, p, q, x, shape, scale);
   if (refusal.status == 0) {
     if (which == probabilities) {
-      cumgam(scaled(x, scale), shape, p, q);
-      if (p + q > 1.5) refusal.status = 10;
+      refusal.status = probabilitiesAt(x, IncompleteGamma(shape), scale, p, q);
     } else if (which == theShape) {
       refusal = searchShape(p, q, scaled(x, scale), shape);
     } else {
@@ -119,6 +114,14 @@ void cdfgam(std::int16_t which, double& p, double& q, double& x, double& shape, 
   }
   status = refusal.status;
   bound = refusal.bound;
+} catch (RuntimeError& error) {
+  error.leave("m_Gamma.cdfgam", caller);
+}
+
+std::int16_t cdfgam(double x, const IncompleteGamma& shape, double scale, double& p, double& q,
+                    Line caller) try {
+  const Refusal refusal = judge(probabilities, p, q, x, shape.a(), scale);
+  return refusal.status != 0 ? refusal.status : probabilitiesAt(x, shape, scale, p, q);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.cdfgam", caller);
 }
@@ -181,32 +184,32 @@ bool densityHolds(double x, double shape, double scale, double location) noexcep
   return product > 0 && std::isfinite(product);
 }
 
-Variant GammaCDF(double x, double shape, double rate, Boolean upper, Line caller) try {
+Variant GammaCDF(double x, const IncompleteGamma& shape, double rate, Boolean upper,
+                 Line caller) try {
   double p = 0;
   double q = 0;
-  double bound = 0;
-  std::int16_t status = 0;
-  cdfgam(probabilities, p, q, x, shape, rate, status, bound);
+  const std::int16_t status = cdfgam(x, shape, rate, p, q);
   if (status != 0) return statusText(status);
   return upper ? q : p;
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.GammaCDF", caller);
 }
 
-double GammaINV(double p, double shape, double rate, Boolean upper, Line caller) try {
-  return quantile(p, shape, rate, upper);
+double GammaINV(double p, const IncompleteGamma& shape, double rate, Boolean upper,
+                Line caller) try {
+  double x = 0;
+  std::int16_t ierr = 0;
+  const double complement = 1 - p;
+  gaminv(shape, x, -1, upper ? complement : p, upper ? p : complement, ierr);
+  if (ierr < 0) throw RuntimeError(fault::typeMismatch, std::string(failureText(ierr)));
+  return Divide(x, rate);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.GammaINV", caller);
 }
 
-double GammaINV(double p, const Shape& shape, double rate, Boolean upper, Line caller) try {
-  return quantile(p, shape, rate, upper);
-} catch (RuntimeError& error) {
-  error.leave("m_Gamma.GammaINV", caller);
-}
-
-Band band(double shape, double scale, double location, const Limits& limits, Line caller) try {
-  if (!(shape > 0 && scale > 0)) return {};
+Band band(const IncompleteGamma& shape, double scale, double location, const Limits& limits,
+          Line caller) try {
+  if (!(shape.a() > 0 && scale > 0)) return {};
   return keptBand(limits, [&](double limit) {
     return GammaCDF(Divide(limit - location, scale), shape, 1, false).toDouble();
   });
@@ -214,17 +217,9 @@ Band band(double shape, double scale, double location, const Limits& limits, Lin
   error.leave("m_Gamma.GammaVAL", caller);
 }
 
-double value(double p, double shape, double scale, double location, const Band& band,
-             Line caller) try {
-  if (!(shape > 0 && scale > 0)) return checked(location);
-  return checked(GammaINV(band.probability(p), shape, 1, false) * scale + location);
-} catch (RuntimeError& error) {
-  error.leave("m_Gamma.GammaVAL", caller);
-}
-
-double value(double p, const Shape& shape, double scale, double location, const Band& band,
-             Line caller) try {
-  if (!(shape.a > 0 && scale > 0)) return checked(location);
+double value(double p, const IncompleteGamma& shape, double scale, double location,
+             const Band& band, Line caller) try {
+  if (!(shape.a() > 0 && scale > 0)) return checked(location);
   return checked(GammaINV(band.probability(p), shape, 1, false) * scale + location);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.GammaVAL", caller);

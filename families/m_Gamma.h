@@ -13,7 +13,11 @@
 namespace palvex::m_Gamma {
 
 /// P(a, x) into `cum` and Q(a, x) into `ccum`; 0 and 1 for x <= 0. Error 6 for a NaN.
-void cumgam(double x, double a, double& cum, double& ccum, Line caller = Line::here());
+void cumgam(double x, const IncompleteGamma& a, double& cum, double& ccum,
+            Line caller = Line::here());
+inline void cumgam(double x, double a, double& cum, double& ccum, Line caller = Line::here()) {
+  cumgam(x, IncompleteGamma(a), cum, ccum, caller);
+}
 
 /// One of the quantities of p = P(shape, x scale), q = 1 - p from the others (DCDFLIB); `scale`
 /// multiplies x.
@@ -29,6 +33,10 @@ void cumgam(double x, double a, double& cum, double& ccum, Line caller = Line::h
 /// search ends at its lower bound (status 1), with p <= q it does not end.
 void cdfgam(std::int16_t which, double& p, double& q, double& x, double& shape, double& scale,
             std::int16_t& status, double& bound, Line caller = Line::here());
+
+/// `cdfgam` with which = 1 for a prepared shape: answers the status.
+std::int16_t cdfgam(double x, const IncompleteGamma& shape, double scale, double& p, double& q,
+                    Line caller = Line::here());
 
 /// What GammaCDF answers with for a status of cdfgam: a text, or empty.
 Variant statusText(std::int16_t status);
@@ -51,26 +59,32 @@ bool densityHolds(double x, double shape, double scale, double location) noexcep
 /// The probability below x, or above x when `upper` is true, with the accuracy of `gratio`; or a
 /// text that says which argument is out of range: "upper_limit ..." for x < 0, "deg_freedom ..."
 /// for a shape <= 0. Empty for a rate <= 0. Error 6 for a NaN and when x rate overflows.
-Variant GammaCDF(double x, double shape, double rate, Boolean upper, Line caller = Line::here());
+Variant GammaCDF(double x, const IncompleteGamma& shape, double rate, Boolean upper,
+                 Line caller = Line::here());
+inline Variant GammaCDF(double x, double shape, double rate, Boolean upper,
+                        Line caller = Line::here()) {
+  return GammaCDF(x, IncompleteGamma(shape), rate, upper, caller);
+}
 
 /// The x below which (above which, when `upper` is true) lies the probability p, with the accuracy
 /// of `gaminv`; the largest double over the rate where nothing is above x. Error 13, described,
 /// where `gaminv` fails; 5 for p outside [0, 1]; 11 for a rate of 0.
-double GammaINV(double p, double shape, double rate, Boolean upper, Line caller = Line::here());
-double GammaINV(double p, const Shape& shape, double rate, Boolean upper,
+double GammaINV(double p, const IncompleteGamma& shape, double rate, Boolean upper,
                 Line caller = Line::here());
+inline double GammaINV(double p, double shape, double rate, Boolean upper,
+                       Line caller = Line::here()) {
+  return GammaINV(p, IncompleteGamma(shape), rate, upper, caller);
+}
 
 /// The band of probabilities kept by the limits: first half of GammaVAL. Error 13 for a limit below
 /// the location, whose probability is a text.
-Band band(double shape, double scale, double location, const Limits& limits,
+Band band(const IncompleteGamma& shape, double scale, double location, const Limits& limits,
           Line caller = Line::here());
 
 /// The value at the position p of the kept band: second half of GammaVAL. The location for a shape
 /// or scale <= 0.
-double value(double p, double shape, double scale, double location, const Band& band,
-             Line caller = Line::here());
-double value(double p, const Shape& shape, double scale, double location, const Band& band,
-             Line caller = Line::here());
+double value(double p, const IncompleteGamma& shape, double scale, double location,
+             const Band& band, Line caller = Line::here());
 
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double GammaPDF(double x, double shape, double scale, double location, const Variant& ltl,
@@ -82,8 +96,9 @@ inline double GammaPDF(double x, double shape, double scale, double location, co
 inline double GammaVAL(double p, double shape, double scale, double location,
                        const Variant& ltl = Variant::missing(),
                        const Variant& utl = Variant::missing(), Line caller = Line::here()) {
-  return value(p, shape, scale, location,
-               band(shape, scale, location, limitsFrom(ltl, utl), caller), caller);
+  const IncompleteGamma prepared(shape);
+  return value(p, prepared, scale, location,
+               band(prepared, scale, location, limitsFrom(ltl, utl), caller), caller);
 }
 
 }  // namespace palvex::m_Gamma

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <limits>
 
 #include "numerics/m_GammaRatio.h"
@@ -23,7 +22,7 @@ double Gamma::standardDensity(double x) const noexcept {
   if (!(shape_ > 0 && scale_ > 0 && x >= minimum_)) return 0;
   const double z = (x - minimum_) / scale_;
   if (z == 0) return shape_ < 1 ? std::numeric_limits<double>::infinity() : shape_ == 1;
-  return std::isinf(z) ? 0 : m_Gamma::ratioAt(prepared_, z).density / z;
+  return std::isinf(z) ? 0 : prepared_.power(z) / z;
 }
 
 double Gamma::density(double x) const noexcept {
@@ -43,15 +42,12 @@ Tails Gamma::tails(double x) const noexcept {
   const double z = (x - minimum_) / scale_;
   if (z == 0) return {0, 1};
   if (std::isinf(z)) return {1, 0};
-  const m_Gamma::Ratio ratio = m_Gamma::ratioAt(prepared_, z);
+  const m_Gamma::Ratio ratio = prepared_(z);
   return {ratio.p, ratio.q};
 }
 
 double Gamma::quantile(double p, double q) const noexcept {
-  double z = 0;
-  std::int16_t ierr = 0;
-  m_Gamma::gaminv(prepared_, z, -1, p < q ? p : 1 - q, p < q ? 1 - p : q, ierr);
-  return minimum_ + scale_ * z;
+  return minimum_ + scale_ * prepared_.quantile(p, q);
 }
 
 void addRatio(PartialMoments& moments, int order, double factor, double a, double lower,

@@ -40,7 +40,7 @@ class Gamma {
   double shape_;
   double scale_;
   double minimum_;
-  m_Gamma::Shape prepared_;
+  m_Gamma::IncompleteGamma prepared_;
 };
 
 /// Adds factor (P(a, upper) - P(a, lower)), P the incomplete gamma ratio, to the sum of an order,

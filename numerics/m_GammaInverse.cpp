@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "numerics/Polynomial.h"
+#include "numerics/TailQuantile.h"
 #include "numerics/m_GammaRatio.h"
 #include "numerics/m_MathUtil.h"
 #include "runtime/Arithmetic.h"
@@ -40,24 +41,24 @@ double farTail(double a, double y) {
 }
 
 /// Start for a < 1 from the power law P ~ (x^a) / gamma(a + 1) of small x.
-Start powerStart(const Shape& shape, double p, double q, double b, bool byQ) {
-  const double a = shape.a;
+Start powerStart(const IncompleteGamma& shape, double p, double q, double b, bool byQ) {
+  const double a = shape.a();
   double x = 0;
   if (b * q <= 1e-8) {
     x = std::exp(-(q / a + euler));
   } else if (p > 0.9) {
     x = std::exp((m_MathUtil::alnrel(-q) + gamln1(a)) / a);
   } else {
-    x = std::exp(std::log(p / (1 + shape.gam1)) / a);
+    x = std::exp(std::log(p / (1 + shape.gam1())) / a);
   }
   if (x == 0) return {0, byQ, -3};
   return {x / (0.5 + (0.5 - x / (a + 1))), byQ};
 }
 
-Start smallShapeStart(const Shape& shape, double p, double q) {
-  const double a = shape.a;
+Start smallShapeStart(const IncompleteGamma& shape, double p, double q) {
+  const double a = shape.a();
   const bool byQ = p > 0.5;
-  const double qg = q / (1 + shape.gam1);
+  const double qg = q / (1 + shape.gam1());
   if (qg == 0) return {largest, byQ, -8};
   const double b = qg / a;
   if (qg > 0.6 * a) return powerStart(shape, p, q, b, byQ);
@@ -130,13 +131,13 @@ Start largeShapeStart(double a, double p, double q) {
 }
 
 /// Improves x until P(a, x) = p, or Q(a, x) = q when `byQ`. Answers ierr.
-std::int16_t iterate(const Shape& shape, double& x, double p, double q, bool byQ) {
+std::int16_t iterate(const IncompleteGamma& shape, double& x, double p, double q, bool byQ) {
   constexpr double smallestProbability = 1e10 * std::numeric_limits<double>::min();
   constexpr std::int16_t uncertain = -8;
   if ((byQ ? q : p) <= smallestProbability) return uncertain;
-  const double am1 = (shape.a - 0.5) - 0.5;
+  const double am1 = (shape.a() - 0.5) - 0.5;
   for (std::int16_t steps = 1; steps <= 20; ++steps) {
-    const Ratio at = ratioAt(shape, x);
+    const Ratio at = shape(x);
     if (at.p == 0 || at.q == 0 || at.density == 0) return uncertain;
     const double t = (byQ ? q - at.q : at.p - p) / at.density;
     // With f = P - p and the slope's own slopes known, the inverse function's series in t, to the
@@ -147,7 +148,7 @@ std::int16_t iterate(const Shape& shape, double& x, double p, double q, bool byQ
     if (std::abs(t) <= 0.1 && std::abs(slope * t) <= 0.2) {
       const double curvature = 2 * slope * slope + am1;
       change = t * (1 + t * (0.5 * slope + t * curvature / 6));
-      const double scale = std::abs(t) * std::max({std::abs(slope), std::sqrt(shape.a), 1.0});
+      const double scale = std::abs(t) * std::max({std::abs(slope), std::sqrt(shape.a()), 1.0});
       error = scale * scale * scale;
     }
     const double next = x * (1 - change);
@@ -159,24 +160,20 @@ std::int16_t iterate(const Shape& shape, double& x, double p, double q, bool byQ
   return -6;
 }
 
-double numberOf(double a) {
-  return a;
-}
-double numberOf(const Shape& shape) {
-  return shape.a;
-}
-Shape prepared(double a) {
-  return Shape(checked(a));
-}
-const Shape& prepared(const Shape& shape) {
-  checked(shape.a);
-  return shape;
+Start startFor(const IncompleteGamma& shape, double p, double q) {
+  return shape.a() < 1 ? smallShapeStart(shape, p, q) : largeShapeStart(shape.a(), p, q);
 }
 
-/// gaminv of a number, prepared only where it is needed, or of a prepared shape.
-template <class Given>
-void invert(const Given& given, double& x, double x0, double p, double q, std::int16_t& ierr) {
-  const double a = numberOf(given);
+/// The quantile of the exponential law.
+double exponential(double p, double q) {
+  return q >= 0.9 ? -m_MathUtil::alnrel(-p) : -std::log(q);
+}
+
+}  // namespace
+
+void gaminv(const IncompleteGamma& shape, double& x, double x0, double p, double q,
+            std::int16_t& ierr, Line caller) try {
+  const double a = shape.a();
   x = 0;
   ierr = 0;
   if (!(a > 0)) {
@@ -194,32 +191,44 @@ void invert(const Given& given, double& x, double x0, double p, double q, std::i
     return;
   }
   if (a == 1) {
-    x = q >= 0.9 ? -m_MathUtil::alnrel(-p) : -std::log(q);
+    x = exponential(p, q);
     return;
   }
-  const Shape& shape = prepared(given);
-  const Start start = x0 > 0 && std::isfinite(x0) ? Start{x0, p > 0.5}
-                      : a < 1                     ? smallShapeStart(shape, p, q)
-                                                  : largeShapeStart(a, p, q);
+  checked(a);
+  const Start start = x0 > 0 && std::isfinite(x0) ? Start{x0, p > 0.5} : startFor(shape, p, q);
   x = start.x;
   ierr = start.failure != 0 ? start.failure : iterate(shape, x, p, q, start.byQ);
   if (ierr == -7) x = 0;
-}
-
-}  // namespace
-
-void gaminv(double a, double& x, double x0, double p, double q, std::int16_t& ierr,
-            Line caller) try {
-  invert(a, x, x0, p, q, ierr);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.gaminv", caller);
 }
 
-void gaminv(const Shape& a, double& x, double x0, double p, double q, std::int16_t& ierr,
-            Line caller) try {
-  invert(a, x, x0, p, q, ierr);
-} catch (RuntimeError& error) {
-  error.leave("m_Gamma.gaminv", caller);
+double IncompleteGamma::quantile(double p, double q) const noexcept {
+  using Double = std::numeric_limits<double>;
+  if (!(p >= 0 && q >= 0 && a_ > 0)) return Double::quiet_NaN();
+  if (p == 0) return 0;
+  if (q == 0 || std::isinf(a_)) return Double::infinity();
+  if (a_ == 1) return exponential(p, q);
+  const Start start = startFor(*this, p, q);
+  if (start.failure == 0) {
+    double x = start.x;
+    if (iterate(*this, x, p, q, start.byQ) > 0) return x;
+  }
+  constexpr double smallest = Double::min();
+  if (start.x < smallest) return 0;
+  const bool upper = q < p;
+  const auto tailAt = [&](double x) {
+    const Ratio at = (*this)(x);
+    return Tail{.probability = upper ? at.q : at.p,
+                .density = at.density,
+                .slope = upper ? x - a_ : a_ - x,
+                .curvature = x};
+  };
+  const auto moved = [&](double x, double t) {
+    return std::clamp(x * std::exp(upper ? -t : t), smallest, largest);
+  };
+  const double x = tailQuantile(std::min(start.x, largest), std::min(p, q), tailAt, moved);
+  return x <= smallest ? 0 : x;
 }
 
 }  // namespace palvex::m_Gamma

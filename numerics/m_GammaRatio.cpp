@@ -96,35 +96,6 @@ double continuedFraction(double a, double x) {
   }
 }
 
-/// a < 1, x < 1.1: gamma(1 + a) x^-a P = 1 - J with J = a x (1/(a + 1) - x (0.5/(a + 2) - ...)).
-Ratio smallShape(const Shape& shape, double x) {
-  const double a = shape.a;
-  double c = x;
-  double s = x / (a + 3);
-  const double tolerance = accuracy / 10;
-  double term = 0;
-  double n = 3;
-  do {
-    n += 1;
-    c = -c * (x / n);
-    term = c / (a + n);
-    s += term;
-  } while (std::abs(term) > tolerance);
-  const double j = a * x * ((s / 6 - 0.5 / (a + 2)) * x + 1 / (a + 1));
-
-  const double z = a * std::log(x);
-  const double g = 1 + shape.gam1;
-  if (x < 0.25 ? z <= -0.13394 : a >= x / 2.59) {
-    // The power itself, because exp(z) would magnify the rounding of a large z.
-    const double power = z > -2 ? std::exp(z) : std::pow(x, a);
-    return fromP(power * g * (0.5 + (0.5 - j)), shape.factor * (power * std::exp(-x)));
-  }
-  const double l = m_MathUtil::rexp(z);
-  const double w = 0.5 + (0.5 + l);
-  const double q = (w * j - l) * g - shape.gam1;
-  return q < 0 ? allBelow : fromQ(q, shape.factor * (w * std::exp(-x)));
-}
-
 /// a = 1/2.
 Ratio oneHalf(double x) {
   const double root = std::sqrt(x);
@@ -180,17 +151,6 @@ double bellAt(double a, double x, double y) {
   const Twofold exponent = sumOf(a, -x);
   const double root = std::pow(base.hi, a / 2) * std::exp(exponent.hi / 2);
   return root * root * std::exp(logOfRest(base, a) + exponent.lo);
-}
-
-/// a >= 30, x near a, y = a rlog(x/a), bell = exp(-y).
-Ratio temme(const Shape& shape, double x, double y, double bell) {
-  const double a = shape.a;
-  const double root = std::sqrt(y);
-  const double z = std::copysign(std::sqrt(2 * (y / a)), x - a);
-  const double w = 0.5 * m_MathUtil::erfc1(1, root);
-  const double t = inverseRootTwoPi * temmeSum(shape.temme, z) / std::sqrt(a);
-  const double density = shape.factor * bell;
-  return x >= a ? fromQ(bell * (w + t), density) : fromP(bell * (w - t), density);
 }
 
 /// The factor of exp(-a rlog(x/a)) in the density for a >= 30.
@@ -256,28 +216,18 @@ double reciprocalGamma(double a) {
   return (1 + gam1(x - 1)) / product;
 }
 
-/// exp(-x) x^a / gamma(a) for a < 30, x > 0.
-double densityAt(const Shape& shape, double x) {
-  const double a = shape.a;
-  if (a < 4 && x > 0.125 && x < 8) return shape.factor * std::exp(a * std::log(x) - x);
-  // The power itself, because exp would magnify the rounding of a large logarithm.
-  if (x < 700) return shape.factor * (std::exp(-x) * std::pow(x, a));
-  if (x > 2000) return 0;
-  const double root = std::exp(-x / 2);
-  return shape.factor * (root * std::pow(x, a)) * root;
-}
-
 }  // namespace
 
-Shape::Shape(double a) : a(a) {
+IncompleteGamma::IncompleteGamma(double a) : a_(a) {
+  if (!(a > 0 && std::isfinite(a))) return;
   if (a < 1) {
-    gam1 = m_Gamma::gam1(a);
-    factor = a * (1 + gam1);
+    gam1_ = m_Gamma::gam1(a);
+    factor_ = a * (1 + gam1_);
   } else if (a < largeShape) {
-    factor = reciprocalGamma(a);
+    factor_ = reciprocalGamma(a);
   } else {
-    factor = largeShapeFactor(a);
-    temme = temmePolynomial(a);
+    factor_ = largeShapeFactor(a);
+    temme_ = temmePolynomial(a);
   }
 }
 
@@ -287,8 +237,60 @@ double deviance(double a, double x) {
   return (x - a) - a * std::log(x / a);
 }
 
-Ratio ratioAt(const Shape& shape, double x) {
-  const double a = shape.a;
+double IncompleteGamma::power(double x) const {
+  const double a = a_;
+  if (x == 0) return 0;
+  if (a >= largeShape) return factor_ * bellAt(a, x, deviance(a, x));
+  if (a < 4 && x > 0.125 && x < 8) return factor_ * std::exp(a * std::log(x) - x);
+  // The power itself, because exp would magnify the rounding of a large logarithm.
+  if (x < 700) return factor_ * (std::exp(-x) * std::pow(x, a));
+  if (x > 2000) return 0;
+  const double root = std::exp(-x / 2);
+  return factor_ * (root * std::pow(x, a)) * root;
+}
+
+/// a < 1, x < 1.1: gamma(1 + a) x^-a P = 1 - J with J = a x (1/(a + 1) - x (0.5/(a + 2) - ...)).
+Ratio IncompleteGamma::smallShape(double x) const {
+  const double a = a_;
+  double c = x;
+  double s = x / (a + 3);
+  const double tolerance = accuracy / 10;
+  double term = 0;
+  double n = 3;
+  do {
+    n += 1;
+    c = -c * (x / n);
+    term = c / (a + n);
+    s += term;
+  } while (std::abs(term) > tolerance);
+  const double j = a * x * ((s / 6 - 0.5 / (a + 2)) * x + 1 / (a + 1));
+
+  const double z = a * std::log(x);
+  const double g = 1 + gam1_;
+  if (x < 0.25 ? z <= -0.13394 : a >= x / 2.59) {
+    // The power itself, because exp(z) would magnify the rounding of a large z.
+    const double power = z > -2 ? std::exp(z) : std::pow(x, a);
+    return fromP(power * g * (0.5 + (0.5 - j)), factor_ * (power * std::exp(-x)));
+  }
+  const double l = m_MathUtil::rexp(z);
+  const double w = 0.5 + (0.5 + l);
+  const double q = (w * j - l) * g - gam1_;
+  return q < 0 ? allBelow : fromQ(q, factor_ * (w * std::exp(-x)));
+}
+
+/// a >= 30, x near a, y = a rlog(x/a), bell = exp(-y).
+Ratio IncompleteGamma::temme(double x, double y, double bell) const {
+  const double a = a_;
+  const double root = std::sqrt(y);
+  const double z = std::copysign(std::sqrt(2 * (y / a)), x - a);
+  const double w = 0.5 * m_MathUtil::erfc1(1, root);
+  const double t = inverseRootTwoPi * temmeSum(temme_, z) / std::sqrt(a);
+  const double density = factor_ * bell;
+  return x >= a ? fromQ(bell * (w + t), density) : fromP(bell * (w - t), density);
+}
+
+Ratio IncompleteGamma::operator()(double x) const {
+  const double a = a_;
   if (a * x == 0 || std::isinf(x)) return limitRatio(a, x);
 
   double density = 0;
@@ -296,15 +298,15 @@ Ratio ratioAt(const Shape& shape, double x) {
     const double y = deviance(a, x);
     if (!(y < 700)) return limitRatio(a, x);
     const double bell = bellAt(a, x, y);
-    if (std::abs(x - a) <= temmeRange * a) return temme(shape, x, y, bell);
-    density = shape.factor * bell;
+    if (std::abs(x - a) <= temmeRange * a) return temme(x, y, bell);
+    density = factor_ * bell;
   } else {
     if (a == 0.5) return oneHalf(x);
-    if (a < 1 && x < 1.1) return smallShape(shape, x);
+    if (a < 1 && x < 1.1) return smallShape(x);
     if (a >= 1 && x >= a - 0.7 * std::sqrt(a) && x < farX && 2 * a == std::floor(2 * a)) {
       return finiteSum(a, x);
     }
-    density = densityAt(shape, x);
+    density = power(x);
   }
   if (density == 0) return limitRatio(a, x);
   constexpr double ln10 = 2.30258509299405;
@@ -313,12 +315,13 @@ Ratio ratioAt(const Shape& shape, double x) {
   return fromQ(density * asymptotic(a, x), density);
 }
 
-void gratio(double a, double x, double& ans, double& qans, std::int16_t) {
+void gratio(const IncompleteGamma& shape, double x, double& ans, double& qans, std::int16_t) {
+  const double a = shape.a();
   if (!(a >= 0 && x >= 0) || (a == 0 && x == 0) || (std::isinf(a) && std::isinf(x))) {
     ans = 2;
     return;
   }
-  const Ratio ratio = a * x == 0 || std::isinf(a) ? limitRatio(a, x) : ratioAt(Shape(a), x);
+  const Ratio ratio = a * x == 0 || std::isinf(a) ? limitRatio(a, x) : shape(x);
   ans = ratio.p;
   qans = ratio.q;
 }

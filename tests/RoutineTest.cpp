@@ -199,11 +199,13 @@ const std::map<std::string, Routine>& routines() {
       {"gamln1", routine(gamln1)},
       {"gam1", routine(gam1)},
       {"rcomp", routine(rcomp)},
-      {"gratio", routine(gratio)},
+      {"gratio", routine(+[](D a, D x, D& p, D& q, S ind) { gratio(a, x, p, q, ind); })},
       {"gaminv",
        routine(+[](D a, D& x, D x0, D p, D q, S& ierr) { gaminv(a, x, x0, p, q, ierr); })},
-      {"cumgam", routine(cumgam)},
-      {"cdfgam", routine(cdfgam)},
+      {"cumgam", routine(+[](D x, D a, D& p, D& q) { cumgam(x, a, p, q); })},
+      {"cdfgam", routine(+[](S which, D& p, D& q, D& x, D& shape, D& scale, S& status, D& bound) {
+         cdfgam(which, p, q, x, shape, scale, status, bound);
+       })},
       {"statusText", routine(m_Gamma::statusText)},
       {"failureText", routine(failureText)},
       {"GammaPDF", routine(GammaPDF)},

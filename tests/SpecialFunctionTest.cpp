@@ -14,6 +14,7 @@
 #include "Routines.h"
 #include "families/m_Beta.h"
 #include "numerics/m_BetaInverse.h"
+#include "numerics/m_GammaFunctions.h"
 #include "numerics/m_Integration.h"
 #include "numerics/m_MathUtil.h"
 #include "numerics/m_RootFinding.h"
@@ -104,9 +105,35 @@ TEST(SpecialFunctions, GammaRatioAndItsInverseAgreeWithReferences) {
     const Values found = call("gaminv", {row[0], 0, -1, row[1], row[2], 0});
     EXPECT_TRUE(found[1].toDouble() >= 0 && found[1].toDouble() <= 4)
         << shown(row[0]) << ' ' << shown(row[1]);
-    EXPECT_LE(relativeError(found[0].toDouble(), row[3].toDouble()),
-              3e-15 * (1 + row[4].toDouble()))
-        << shown(row[0]) << ' ' << shown(row[1]) << ' ' << shown(row[2]);
+    const m_Gamma::IncompleteGamma shape(row[0].toDouble());
+    for (const double x :
+         {found[0].toDouble(), shape.quantile(row[1].toDouble(), row[2].toDouble())}) {
+      EXPECT_LE(relativeError(x, row[3].toDouble()), 3e-15 * (1 + row[4].toDouble()))
+          << shown(row[0]) << ' ' << shown(row[1]) << ' ' << shown(row[2]);
+    }
+  }
+}
+
+TEST(SpecialFunctions, GammaQuantileAlwaysEnds) {
+  for (const double a : {1e-300, 1e-20, 1e-3, 0.5, 0.9, 1.0, 3.0, 29.9, 40.0, 1e6, 1e20, 1e300}) {
+    const m_Gamma::IncompleteGamma shape(a);
+    double previous = 0;
+    for (const double p : {0.0, 5e-324, 1e-305, 1e-300, 3e-298, 1e-16, 0.1, 0.5, 0.9, 1 - 1e-16}) {
+      const double x = shape.quantile(p, 1 - p);
+      EXPECT_GE(x, previous * (1 - 1e-15)) << a << ' ' << p;
+      if (a >= 1e-3 && a < 1e7 && p > 1e-304 && x > 0) {
+        const m_Gamma::Ratio at = shape(x);
+        EXPECT_NEAR((p < 0.5 ? at.p : at.q) / std::min(p, 1 - p), 1,
+                    1e-13 * (1 + at.density / std::min(at.p, at.q)))
+            << a << ' ' << p;
+      }
+      previous = x;
+    }
+    for (const double q : {1e-16, 1e-200, 3e-298, 1e-300, 5e-324, 0.0}) {
+      const double x = shape.quantile(1, q);
+      EXPECT_GE(x, previous * (1 - 1e-15)) << a << ' ' << q;
+      previous = x;
+    }
   }
 }
 
