@@ -227,7 +227,12 @@ double scaledPowers(double scale, Twofold x, double a, Twofold y, double b) {
 }  // namespace
 
 BetaPower::BetaPower(double a, double b)
-    : a_(a), b_(b), sum_(sumOf(a, b)), isAroundMean_(std::min(a, b) >= 8) {
+    : a_(a),
+      b_(b),
+      inverseA_(1 / a),
+      inverseB_(1 / b),
+      sum_(sumOf(a, b)),
+      isAroundMean_(std::min(a, b) >= 8) {
   const auto [low, high] = std::minmax(a_, b_);
   if (isAroundMean_) {
     const double h = low / high;
@@ -240,13 +245,22 @@ BetaPower::BetaPower(double a, double b)
     scale_ = inverseGamma(low) * (inverseGamma(high) / inverseGamma(low + high));
   } else {
     scale_ = inverseGamma(low) * shiftRatio(low, high);
-    base_ = high;
-    if (low <= 1) powerOfBase_ = std::pow(base_, low);
+    if (low <= 1) {
+      base_ = high;
+      powerOfBase_ = std::pow(base_, low);
+    } else {  // one over the mean, nearly, so that the logarithm is small around it
+      base_ = high / low;
+      scale_ *= std::pow(low, low);
+    }
   }
 }
 
 double BetaPower::operator()(double x, double y) const {
-  if (isAroundMean_) return aroundMean(x, y);
+  return (*this)(x, y, distance(a_, b_, sum_, x, y));
+}
+
+double BetaPower::operator()(double x, double y, double lambda) const {
+  if (isAroundMean_) return aroundMean(x, y, lambda);
   const bool lowIsA = a_ <= b_;
   const double low = lowIsA ? a_ : b_;
   const double high = lowIsA ? b_ : a_;
@@ -258,15 +272,14 @@ double BetaPower::operator()(double x, double y) const {
   return scaledPowers(scale_, {u}, low, withAllDigits(v, lowIsA ? x : y), high);
 }
 
-double BetaPower::aroundMean(double x, double y) const {
+double BetaPower::aroundMean(double x, double y, double lambda) const {
   constexpr double nearMean = 4;
   constexpr double representable = 700;
   const auto deviation = [](double relative, double at, double mean) {
     return std::abs(relative) <= 0.6 ? rlog1(relative) : relative - std::log(at / mean);
   };
-  const double lambda = distance(a_, b_, sum_, x, y);
-  const double exponent = a_ * deviation(-lambda / a_, x, meanX_) +  //
-                          b_ * deviation(lambda / b_, y, meanY_);
+  const double exponent = a_ * deviation(-lambda * inverseA_, x, meanX_) +  //
+                          b_ * deviation(lambda * inverseB_, y, meanY_);
   if (!(exponent > nearMean) || std::abs(lambda) > representable ||
       std::max(a_, b_) * precision > 1) {
     return scale_ * std::exp(-exponent);
@@ -533,9 +546,9 @@ Tails IncompleteBeta::smallShapes(Side& side, double x, double y) {
   if (b < std::min(eps, eps * a)) return fromLower(seriesForTinyB(a, b, x));
   if (a < std::min(eps, eps * b) && b * x <= 1) return fromUpper(seriesForTinyA(a, b, x));
 
-  const BetaPower& power = prepared(side.power, a, b);
-  const auto series = [&] { return fromLower(powerSeries(power.headX(x, y), a, b, x)); };
-  const auto mirroredSeries = [&] { return fromUpper(powerSeries(power.headY(x, y), b, a, y)); };
+  const auto power = [&]() -> const BetaPower& { return prepared(side.power, a, b); };
+  const auto series = [&] { return fromLower(powerSeries(power().headX(x, y), a, b, x)); };
+  const auto mirroredSeries = [&] { return fromUpper(powerSeries(power().headY(x, y), b, a, y)); };
   if (std::max(a, b) <= 1) {
     if (a >= std::min(0.2, b) || std::pow(x, a) <= 0.9) return series();
     if (x >= 0.3) return mirroredSeries();
@@ -547,7 +560,7 @@ Tails IncompleteBeta::smallShapes(Side& side, double x, double y) {
   // I_y(b, a), whose first shape is made large by steps of 1 where it is not.
   LargeShape& large = prepared(side.large, largeEnough(b), a);
   if (b > largeShape) return fromUpper(large.addedTo(0, y, x));
-  const double first = power(x, y) * (stepSum(b, a, y, x, stepsToLarge) / b);
+  const double first = power()(x, y) * (stepSum(b, a, y, x, stepsToLarge) / b);
   return fromUpper(large.addedTo(first, y, x));
 }
 
@@ -558,7 +571,7 @@ BetaPoint IncompleteBeta::largeShapes(Side& side, double x, double y, double lam
   if (low > aroundMeanShape && lambda <= 0.03 * low) {
     return {fromLower(prepared(side.aroundMean, a, b)(lambda)), unknown};
   }
-  const double power = prepared(side.power, a, b)(x, y);
+  const double power = prepared(side.power, a, b)(x, y, lambda);
   if (power == 0) return {{0, 1}, 0};
   return {fromLower(power * prepared(side.fraction, a, b)(x, lambda)), power};
 }

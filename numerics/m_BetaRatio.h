@@ -31,24 +31,27 @@ class BetaPower {
 
   /// x^a y^b / Beta(a, b)
   [[nodiscard]] double operator()(double x, double y) const;
-  /// x^a / (a Beta(a, b)), when a shape is below 8.
+  /// The same for who knows lambda = a - (a + b) x.
+  [[nodiscard]] double operator()(double x, double y, double lambda) const;
+  /// x^a / (a Beta(a, b)), when a shape is at most 1.
   [[nodiscard]] double headX(double x, double y) const;
-  /// y^b / (b Beta(a, b)), when a shape is below 8.
+  /// y^b / (b Beta(a, b)), when a shape is at most 1.
   [[nodiscard]] double headY(double x, double y) const;
   /// ln Beta(a, b), for the starts of iterations.
   [[nodiscard]] double logBeta() const;
 
  private:
-  [[nodiscard]] double aroundMean(double x, double y) const;
+  [[nodiscard]] double aroundMean(double x, double y, double lambda) const;
   [[nodiscard]] double head(double x, double y, double shape) const;
 
   double a_;
   double b_;
+  double inverseA_;
+  double inverseB_;
   Twofold sum_;  // of the shapes
   bool isAroundMean_;
-  /// Shapes from 8 on: 1/Beta is scale_ (a + b)^(a + b) / (a^a b^b). Else it is scale_ times
-  /// powerOfBase_ = base_^low for the lower shape; base_ is the higher one, or 1 where that is
-  /// below 8, too.
+  /// 1/Beta is scale_ base_^low for the lower shape; where both are from 8 on, scale_ (a + b)^(a +
+  /// b) / (a^a b^b). base_^low is kept for a shape up to 1.
   double scale_;
   double base_ = 1;
   double powerOfBase_ = 1;

@@ -88,11 +88,12 @@ class IncompleteGamma {
 /// Each has the relative error 2e-14 where its condition number in x is at most 100 (6e-15 seen),
 /// and 5e-13 for shapes from 1e-3 to 1e7 and tails down to 1e-300; tails below 1e-304 are 0. An a x
 /// that underflows gives the limits (0, 1) for x <= a and (1, 0) for x > a.
-/// @param a    shape, >= 0
-/// @param x    >= 0; a and x not both 0 and not both infinite. An argument outside its range, or
-///             NaN, gives ans = 2 and leaves qans as it is
-/// @param ind  the accuracy asked for: 0 full, 1 six digits, others three. All get the full one.
-void gratio(const IncompleteGamma& a, double x, double& ans, double& qans, std::int16_t ind);
+/// @param shape  >= 0
+/// @param x      >= 0; shape and x not both 0 and not both infinite. An argument outside its range,
+/// or
+///               NaN, gives ans = 2 and leaves qans as it is
+/// @param ind    the accuracy asked for: 0 full, 1 six digits, others three. All get the full one.
+void gratio(const IncompleteGamma& shape, double x, double& ans, double& qans, std::int16_t ind);
 inline void gratio(double a, double x, double& ans, double& qans, std::int16_t ind) {
   gratio(IncompleteGamma(a), x, ans, qans, ind);
 }
@@ -101,16 +102,16 @@ inline void gratio(double a, double x, double& ans, double& qans, std::int16_t i
 ///
 /// Relative error 3e-15 (1 + K), K being the larger of the quantile's condition numbers in a and in
 /// the smaller of p and q.
-/// @param a     shape
-/// @param x     receives the solution; 0 where there is none
-/// @param x0    where to start when > 0; otherwise the routine finds a start itself
-/// @param p,q   probabilities with p + q = 1; error 5 when one is negative
-/// @param ierr  the number of iterations, or why there is no solution: -2 a <= 0 (or NaN), -3 x
+/// @param shape  as in gratio
+/// @param x      receives the solution; 0 where there is none
+/// @param x0     where to start when > 0; otherwise the routine finds a start itself
+/// @param p,q    probabilities with p + q = 1; error 5 when one is negative
+/// @param ierr   the number of iterations, or why there is no solution: -2 a <= 0 (or NaN), -3 x
 ///              would underflow, -4 p + q is not 1, -6 20 iterations were not enough (the latest x
 ///              is given), -7 the iteration left the positive numbers, -8 x is given, but not
 ///              certain: p or q below 2.2e-298, or x beyond the double range
-void gaminv(const IncompleteGamma& a, double& x, double x0, double p, double q, std::int16_t& ierr,
-            Line caller = Line::here());
+void gaminv(const IncompleteGamma& shape, double& x, double x0, double p, double q,
+            std::int16_t& ierr, Line caller = Line::here());
 inline void gaminv(double a, double& x, double x0, double p, double q, std::int16_t& ierr,
                    Line caller = Line::here()) {
   gaminv(IncompleteGamma(a), x, x0, p, q, ierr, caller);
