@@ -622,6 +622,9 @@ std::string reportOf(const simulation::Model& model, const Results& results,
   const std::string file = markup(run.file);
   page.add(
       "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+      // The page asks for nothing from anywhere, and a browser holds it to that.
+      "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src "
+      "'unsafe-inline'; img-src data:\">\n"
       "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
       "<title>Simulation of {}</title>\n<link rel=\"icon\" "
       "href=\"data:,\">\n{}</head>\n<body>\n<header>\n"
