@@ -9,7 +9,6 @@ namespace palvex::simulation {
 
 namespace {
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr std::size_t cells = 400;
 constexpr std::size_t leastCapacity = 65'536;
 
@@ -79,30 +78,15 @@ void Window::add(double value, std::uint64_t times) {
 }
 
 void Window::add(std::span<const double> values) {
-  const auto [low, high] = interval_;
-  std::uint64_t below = 0;
-  std::uint64_t upTo = 0;
-  for (const double x : values) {
-    below += x < low ? 1 : 0;
-    upTo += x <= high ? 1 : 0;
-  }
-  below_ += below;
-  if (upTo == below) return;
-  for (const double x : values) {
-    if (x >= low && x <= high) add(x, 1);
-  }
-}
-
-void Window::add(const Window& wider) {
-  below_ += wider.below_;
-  add(wider.interval_.low, wider.atLow_);
-  for (const double x : wider.inside_) add(x, 1);
-  add(wider.interval_.high, wider.atHigh_);
+  for (const double x : values) add(x, 1);
 }
 
 void Window::narrow(const Interval& interval) {
   Window narrower(interval);
-  narrower.add(*this);
+  narrower.below_ = below_;
+  narrower.add(interval_.low, atLow_);
+  for (const double x : inside_) narrower.add(x, 1);
+  narrower.add(interval_.high, atHigh_);
   *this = std::move(narrower);
 }
 
@@ -117,26 +101,11 @@ std::optional<double> Window::value(std::uint64_t rank) {
   return {};
 }
 
-void Histogram::add(std::span<const double> values) {
-  if (counts.empty()) return;
-  const auto end = static_cast<double>(counts.size());
-  const double cellsPerUnit = width > 0 ? 1 / width : infinity;
-  for (const double x : values) {
-    const double place = x == low ? 0 : (x - low) * cellsPerUnit;
-    if (place < 0) {
-      ++below;
-    } else if (place < end) {
-      ++counts[static_cast<std::size_t>(place)];
-    } else {
-      ++above;
-    }
-  }
-}
-
-void Histogram::add(const Histogram& other) {
-  below += other.below;
-  above += other.above;
-  for (std::size_t i = 0; i < other.counts.size(); ++i) counts[i] += other.counts[i];
+std::size_t Histogram::placeOf(double value) const {
+  const double distance = value - low;
+  const double place = distance == 0 ? 1 : 1 + distance / width;
+  const auto last = static_cast<double>(counts.size() - 1);
+  return static_cast<std::size_t>(std::clamp(place, 0.0, last));
 }
 
 Percentiles::Percentiles(std::vector<double> percents, double reach)
@@ -144,27 +113,40 @@ Percentiles::Percentiles(std::vector<double> percents, double reach)
 
 void Digest::add(std::span<const double> some) {
   count += some.size();
-  if (windows.empty()) values.insert(values.end(), some.begin(), some.end());
-  for (Window& window : windows) window.add(some);
-  histogram.add(some);
+  if (wanted.empty()) {
+    values.insert(values.end(), some.begin(), some.end());
+    return;
+  }
+  for (const double x : some) {
+    const std::size_t place = histogram.placeOf(x);
+    ++histogram.counts[place];
+    if (wanted[place]) values.push_back(x);
+  }
 }
 
 void Percentiles::add(Digest part) {
-  if (part.windows.empty() && !windows_.empty()) {
-    Digest late = blank_;  // the part was made before there were windows
-    late.add(part.values);
-    part = std::move(late);
-  }
   if (windows_.empty()) {
-    count_ += part.values.size();
+    count_ += part.count;
     pilot_.insert(pilot_.end(), part.values.begin(), part.values.end());
     if (count_ >= pilotSize) endPilot();
     return;
   }
+  if (part.wanted.empty()) {
+    Digest late = blank_;  // the part was made before there were windows
+    late.add(part.values);
+    part = std::move(late);
+  }
   count_ += part.count;
-  histogram_.add(part.histogram);
+  for (std::size_t i = 0; i < histogram_.counts.size(); ++i) {
+    histogram_.counts[i] += part.histogram.counts[i];
+  }
   for (std::size_t i = 0; i < windows_.size(); ++i) {
-    windows_[i].add(part.windows[i]);
+    // Whatever lies in another cell than a window's is below or above it.
+    const std::size_t first = histogram_.placeOf(windows_[i].interval().low);
+    for (std::size_t place = 0; place < first; ++place) {
+      if (!part.wanted[place]) windows_[i].addBelow(part.histogram.counts[place]);
+    }
+    windows_[i].add(part.values);
     if (windows_[i].kept() > capacities_[i]) narrow(i);
   }
 }
@@ -185,8 +167,8 @@ Histogram Percentiles::pilotHistogram() {
   bulk.low = sorted[tail];
   // A little wider, so that the greatest value of the bulk lies inside.
   bulk.width = (sorted[sorted.size() - 1 - tail] - bulk.low) / cells * (1 + 0x1p-30);
-  bulk.counts.resize(bulk.width > 0 ? cells : 1);
-  bulk.add(sorted);
+  bulk.counts.resize((bulk.width > 0 ? cells : 1) + 2);
+  for (const double x : sorted) ++bulk.counts[bulk.placeOf(x)];
   return bulk;
 }
 
@@ -230,11 +212,15 @@ Interval Percentiles::predicted(double percent, Interval interval, ValueOf value
 }
 
 void Percentiles::renewBlank() {
-  blank_.windows.clear();
-  for (const Window& window : windows_) blank_.windows.emplace_back(window.interval());
   blank_.histogram = histogram_;
-  blank_.histogram.below = blank_.histogram.above = 0;
   std::fill(blank_.histogram.counts.begin(), blank_.histogram.counts.end(), 0);
+  blank_.wanted.assign(histogram_.counts.size(), false);
+  for (const Window& window : windows_) {
+    const auto& [low, high] = window.interval();
+    for (std::size_t i = histogram_.placeOf(low); i <= histogram_.placeOf(high); ++i) {
+      blank_.wanted[i] = true;
+    }
+  }
 }
 
 std::optional<double> Percentiles::value(std::size_t index, std::uint64_t rank) {

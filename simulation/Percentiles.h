@@ -34,8 +34,7 @@ class Window {
   [[nodiscard]] std::size_t kept() const { return inside_.size(); }
 
   void add(std::span<const double> values);
-  /// Adds what another window saw whose interval holds this one's.
-  void add(const Window& wider);
+  void addBelow(std::uint64_t times) { below_ += times; }
   /// Narrows the interval to one within it.
   void narrow(const Interval& interval);
 
@@ -62,21 +61,21 @@ class Window {
 /// Counts in equal cells between two values, and outside of them.
 struct Histogram {
   double low = 0;
-  double width = 0;  // of a cell; 0 when all values that it was made for are equal
-  std::uint64_t below = 0;
-  std::uint64_t above = 0;
-  std::vector<std::uint64_t> counts;
+  double width = 0;                   // of a cell; 0 when all values that it was made for are equal
+  std::vector<std::uint64_t> counts;  // below the cells, in each of them, above them
 
-  void add(std::span<const double> values);
-  void add(const Histogram& other);  // with the same cells
+  [[nodiscard]] std::size_t cells() const { return counts.size() - 2; }
+  /// The place in `counts` of a value; never smaller for a greater one.
+  [[nodiscard]] std::size_t placeOf(double value) const;
 };
 
 /// What a part of the values is reduced to, so that exact percentiles of all come out: at first the
-/// values themselves; later, when windows are known, what these and a histogram's cells show.
+/// values themselves; later, when it is known in which cells of a histogram the percentiles will
+/// lie, counts and the values in these cells.
 struct Digest {
   std::uint64_t count = 0;
   std::vector<double> values;
-  std::vector<Window> windows;
+  std::vector<bool> wanted;  // of the histogram's places: their values are kept; at first, none
   Histogram histogram;
 
   void add(std::span<const double> some);

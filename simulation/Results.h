@@ -49,7 +49,7 @@ struct ResultStatistics {
   std::vector<Percentile> percentiles;
   std::vector<Percentile> marks;           // P10, P50, P80 and P90, whatever was asked for
   std::vector<Sensitivity> sensitivities;  // to each input, in their order
-  Histogram histogram;                     // its running sum is the S-curve
+  Histogram histogram;                     // the running sum of its counts is the S-curve
   std::vector<Settling> settling;
 };
 

@@ -1,6 +1,7 @@
 #include "simulation/Sampling.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 #include "simulation/Uniform.h"
@@ -36,8 +37,52 @@ constexpr std::uint64_t wrappedSum(std::uint64_t a, std::uint64_t b, std::uint64
   return a + b < range ? a + b : a + b - range;
 }
 
+/// uniform(seed, stream, t) for t = first, first + 1, ...: the same generator, worked for eight
+/// trials side by side.
+#if defined(__x86_64__) && defined(__gnu_linux__)
+// Compiled a second time for processors with wide registers; which one runs is decided when the
+// program is loaded. The numbers are the same.
+[[gnu::target_clones("avx512f", "default")]]
+#endif
 void fill(std::uint64_t seed, std::uint64_t stream, std::uint64_t first, std::span<double> u) {
-  for (std::size_t i = 0; i < u.size(); ++i) u[i] = uniform(seed, stream, first + i);
+  constexpr std::size_t lanes = 8;
+  constexpr std::uint64_t low = 0xffffffff;  // of a word's 64 bits, those that count
+  using Words = std::array<std::uint64_t, lanes>;
+  std::size_t done = 0;
+  for (; done + lanes <= u.size(); done += lanes) {
+    Words a;
+    Words b;
+    Words c;
+    Words d;
+    for (std::size_t i = 0; i < lanes; ++i) {
+      const std::uint64_t trial = first + done + i;
+      a[i] = trial & low;
+      b[i] = trial >> 32;
+      c[i] = stream & low;
+      d[i] = stream >> 32;
+    }
+    std::uint64_t key0 = seed & low;
+    std::uint64_t key1 = seed >> 32;
+    for (int round = 0; round < PHILOX4x32_DEFAULT_ROUNDS; ++round) {
+      for (std::size_t i = 0; i < lanes; ++i) {
+        const std::uint64_t p = PHILOX_M4x32_0 * a[i];
+        const std::uint64_t q = PHILOX_M4x32_1 * c[i];
+        a[i] = q >> 32 ^ b[i] ^ key0;
+        b[i] = q & low;
+        c[i] = p >> 32 ^ d[i] ^ key1;
+        d[i] = p & low;
+      }
+      key0 = (key0 + PHILOX_W32_0) & low;
+      key1 = (key1 + PHILOX_W32_1) & low;
+    }
+    for (std::size_t i = 0; i < lanes; ++i) {
+      // As openUnit, with the 52 bits as the fraction of a number from 2^52 on.
+      const std::uint64_t bits = b[i] << 20 | a[i] >> 12;
+      const auto shifted = std::bit_cast<double>(std::bit_cast<std::uint64_t>(0x1p52) | bits);
+      u[done + i] = (shifted - 0x1p52 + 0.5) * 0x1p-52;
+    }
+  }
+  for (; done < u.size(); ++done) u[done] = uniform(seed, stream, first + done);
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ class Permutation {
   std::uint64_t n_;
   std::uint64_t columns_;  // of the grid
   std::uint64_t rows_;
-  std::array<std::uint64_t, 6> keys_;  // one for each round
+  std::array<std::uint64_t, 4> keys_;  // one for each round
 };
 
 /// The uniform numbers of a simulation's inputs; any of them can be asked alone.
