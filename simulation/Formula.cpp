@@ -84,9 +84,7 @@ Formula Formula::parse(const std::string& text,
     throw Fault("the formula does not parse: write == to compare.");
   }
   try {
-    const Calculator calculator(formula);
-    static_cast<void>(calculator());
-    if (calculator.values() != 1) throw Fault("the formula has more than one value.");
+    if (Calculator(formula).values() != 1) throw Fault("the formula has more than one value.");
   } catch (const mu::Parser::exception_type& error) {
     throw Fault("the formula does not parse: " + complaint(error, formula, names) + '.');
   }

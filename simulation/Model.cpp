@@ -31,7 +31,7 @@ bool isLive(const Operand& operand) {
 Number parameterNumber(const Operand& operand, std::string_view name) {
   if (const auto* row = std::get_if<RowValue>(&operand)) return *row;
   if (const auto* cell = std::get_if<CellValue>(&operand)) return *cell;
-  const Variant& fixed = std::get<Variant>(operand);
+  const auto& fixed = std::get<Variant>(operand);
   const Variant value = content(fixed);
   if (value.isNumeric() || value.isEmpty()) return value.toDouble();
   const std::string where = fixed.isObject() ? " in cell referenced for " : " for ";

@@ -4,12 +4,13 @@
 #include <cmath>
 
 #include "engine/Law.h"
+#include "simulation/Order.h"
 
 namespace palvex::simulation {
 
 namespace {
 
-constexpr std::size_t cells = 400;
+constexpr std::size_t cellCount = 400;
 constexpr std::size_t leastCapacity = 65'536;
 
 /// The smallest rank in [1, n] of which `holds` is true, n + 1 if there is none; what holds of a
@@ -101,11 +102,10 @@ std::optional<double> Window::value(std::uint64_t rank) {
   return {};
 }
 
-std::size_t Histogram::placeOf(double value) const {
+std::size_t Cells::placeOf(double value) const {
   const double distance = value - low;
   const double place = distance == 0 ? 1 : 1 + distance / width;
-  const auto last = static_cast<double>(counts.size() - 1);
-  return static_cast<std::size_t>(std::clamp(place, 0.0, last));
+  return static_cast<std::size_t>(std::clamp(place, 0.0, static_cast<double>(count + 1)));
 }
 
 Percentiles::Percentiles(std::vector<double> percents, double reach)
@@ -118,8 +118,8 @@ void Digest::add(std::span<const double> some) {
     return;
   }
   for (const double x : some) {
-    const std::size_t place = histogram.placeOf(x);
-    ++histogram.counts[place];
+    const std::size_t place = cells.placeOf(x);
+    ++counts[place];
     if (wanted[place]) values.push_back(x);
   }
 }
@@ -137,14 +137,12 @@ void Percentiles::add(Digest part) {
     part = std::move(late);
   }
   count_ += part.count;
-  for (std::size_t i = 0; i < histogram_.counts.size(); ++i) {
-    histogram_.counts[i] += part.histogram.counts[i];
-  }
+  for (std::size_t i = 0; i < counts_.size(); ++i) counts_[i] += part.counts[i];
   for (std::size_t i = 0; i < windows_.size(); ++i) {
     // Whatever lies in another cell than a window's is below or above it.
-    const std::size_t first = histogram_.placeOf(windows_[i].interval().low);
+    const std::size_t first = cells_.placeOf(windows_[i].interval().low);
     for (std::size_t place = 0; place < first; ++place) {
-      if (!part.wanted[place]) windows_[i].addBelow(part.histogram.counts[place]);
+      if (!part.wanted[place]) windows_[i].addBelow(part.counts[place]);
     }
     windows_[i].add(part.values);
     if (windows_[i].kept() > capacities_[i]) narrow(i);
@@ -153,28 +151,28 @@ void Percentiles::add(Digest part) {
 
 std::span<const double> Percentiles::sortedPilot() {
   if (sorted_.size() != pilot_.size()) {
-    sorted_ = pilot_;
-    std::sort(sorted_.begin(), sorted_.end());
+    sorted_.clear();
+    for (const std::uint32_t place : orderOf(pilot_)) sorted_.push_back(pilot_[place]);
   }
   return sorted_;
 }
 
-Histogram Percentiles::pilotHistogram() {
-  Histogram bulk;
+Cells Percentiles::bulkOfPilot() {
   const std::span<const double> sorted = sortedPilot();
-  if (sorted.empty()) return bulk;
   const std::size_t tail = sorted.size() / 1000;
+  Cells bulk;
   bulk.low = sorted[tail];
   // A little wider, so that the greatest value of the bulk lies inside.
-  bulk.width = (sorted[sorted.size() - 1 - tail] - bulk.low) / cells * (1 + 0x1p-30);
-  bulk.counts.resize((bulk.width > 0 ? cells : 1) + 2);
-  for (const double x : sorted) ++bulk.counts[bulk.placeOf(x)];
+  bulk.width = (sorted[sorted.size() - 1 - tail] - bulk.low) / cellCount * (1 + 0x1p-30);
+  bulk.count = bulk.width > 0 ? cellCount : 1;
   return bulk;
 }
 
 void Percentiles::endPilot() {
-  histogram_ = pilotHistogram();
+  cells_ = bulkOfPilot();
   const std::span<const double> sorted = sortedPilot();
+  counts_.resize(cells_.count + 2);
+  for (const double x : sorted) ++counts_[cells_.placeOf(x)];
   for (const double percent : percents_) {
     Window& window = windows_.emplace_back(
         predicted(percent, {}, [&](std::uint64_t rank) { return sorted[rank - 1]; }));
@@ -212,12 +210,12 @@ Interval Percentiles::predicted(double percent, Interval interval, ValueOf value
 }
 
 void Percentiles::renewBlank() {
-  blank_.histogram = histogram_;
-  std::fill(blank_.histogram.counts.begin(), blank_.histogram.counts.end(), 0);
-  blank_.wanted.assign(histogram_.counts.size(), false);
+  blank_.cells = cells_;
+  blank_.counts.assign(counts_.size(), 0);
+  blank_.wanted.assign(counts_.size(), false);
   for (const Window& window : windows_) {
     const auto& [low, high] = window.interval();
-    for (std::size_t i = histogram_.placeOf(low); i <= histogram_.placeOf(high); ++i) {
+    for (std::size_t i = cells_.placeOf(low); i <= cells_.placeOf(high); ++i) {
       blank_.wanted[i] = true;
     }
   }
@@ -239,7 +237,19 @@ std::optional<Percentiles::Estimate> Percentiles::estimate(std::size_t index) {
 }
 
 Histogram Percentiles::histogram() {
-  return windows_.empty() ? pilotHistogram() : histogram_;
+  if (count_ == 0) return {};
+  Cells cells = cells_;
+  std::vector<std::uint64_t> counts = counts_;
+  if (windows_.empty()) {
+    cells = bulkOfPilot();
+    counts.resize(cells.count + 2);
+    for (const double x : pilot_) ++counts[cells.placeOf(x)];
+  }
+  return {cells.low,
+          cells.width,
+          counts.front(),
+          counts.back(),
+          {counts.begin() + 1, counts.end() - 1}};
 }
 
 }  // namespace palvex::simulation

@@ -27,7 +27,6 @@ struct Interval {
 /// Values as seen through an interval: how many lie below it, on its ends, and which inside.
 class Window {
  public:
-  Window() = default;  // of all values
   explicit Window(const Interval& interval) : interval_(interval) {}
 
   [[nodiscard]] const Interval& interval() const { return interval_; }
@@ -42,12 +41,6 @@ class Window {
   /// values into another order.
   [[nodiscard]] std::optional<double> value(std::uint64_t rank);
 
-  /// For whatever library carries windows from one process to another.
-  template <class Archive>
-  void serialize(Archive& archive) {
-    archive(interval_.low, interval_.high, below_, atLow_, atHigh_, inside_);
-  }
-
  private:
   void add(double value, std::uint64_t times);
 
@@ -58,25 +51,34 @@ class Window {
   std::vector<double> inside_;
 };
 
-/// Counts in equal cells between two values, and outside of them.
-struct Histogram {
+/// Equal cells between two values, and what lies outside of them.
+struct Cells {
   double low = 0;
-  double width = 0;                   // of a cell; 0 when all values that it was made for are equal
-  std::vector<std::uint64_t> counts;  // below the cells, in each of them, above them
+  double width = 0;  // of a cell; 0 when all values that they were made for are equal
+  std::uint64_t count = 0;
 
-  [[nodiscard]] std::size_t cells() const { return counts.size() - 2; }
-  /// The place in `counts` of a value; never smaller for a greater one.
+  /// 0 below the cells, 1, 2, ... in them, count + 1 above them; never less for a greater value.
   [[nodiscard]] std::size_t placeOf(double value) const;
 };
 
+/// How many values lie in each of equal cells, and outside of them.
+struct Histogram {
+  double low = 0;
+  double width = 0;  // of a cell; 0 when the values are equal
+  std::uint64_t below = 0;
+  std::uint64_t above = 0;
+  std::vector<std::uint64_t> counts;
+};
+
 /// What a part of the values is reduced to, so that exact percentiles of all come out: at first the
-/// values themselves; later, when it is known in which cells of a histogram the percentiles will
-/// lie, counts and the values in these cells.
+/// values themselves; later, when it is known in which cells the percentiles will lie, how many
+/// there are in each place, and the values in these cells.
 struct Digest {
   std::uint64_t count = 0;
   std::vector<double> values;
-  std::vector<bool> wanted;  // of the histogram's places: their values are kept; at first, none
-  Histogram histogram;
+  Cells cells;
+  std::vector<std::uint64_t> counts;  // of each place of the cells; at first, none
+  std::vector<bool> wanted;           // the places whose values are kept
 
   void add(std::span<const double> some);
 };
@@ -124,7 +126,7 @@ class Percentiles {
   void narrow(std::size_t index);
   void renewBlank();
   [[nodiscard]] std::span<const double> sortedPilot();
-  [[nodiscard]] Histogram pilotHistogram();
+  [[nodiscard]] Cells bulkOfPilot();
   [[nodiscard]] std::optional<double> value(std::size_t index, std::uint64_t rank);
   /// Where a percentile will lie; an end beyond all values stays as `interval` has it.
   /// @param valueOf  the value with a rank
@@ -138,7 +140,8 @@ class Percentiles {
   std::vector<double> sorted_;           // the same, sorted when asked for
   std::vector<Window> windows_;          // one for each percent
   std::vector<std::size_t> capacities_;  // kept values at which a window is narrowed
-  Histogram histogram_;
+  Cells cells_;
+  std::vector<std::uint64_t> counts_;  // of each place
   Digest blank_;
 };
 

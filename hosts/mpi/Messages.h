@@ -24,13 +24,13 @@ void serialize(Archive& archive, CellSums& sums) {
 }
 
 template <class Archive>
-void serialize(Archive& archive, Histogram& histogram) {
-  archive(histogram.low, histogram.width, histogram.below, histogram.above, histogram.counts);
+void serialize(Archive& archive, Cells& cells) {
+  archive(cells.low, cells.width, cells.count);
 }
 
 template <class Archive>
 void serialize(Archive& archive, Digest& digest) {
-  archive(digest.count, digest.values, digest.windows, digest.histogram);
+  archive(digest.count, digest.values, digest.cells, digest.counts, digest.wanted);
 }
 
 template <class Archive>

@@ -4,8 +4,11 @@
 
 #include "hosts/terminal/Arguments.h"
 #include "hosts/terminal/Commands.h"
+#include "hosts/terminal/CsvSheet.h"
 #include "hosts/terminal/Faults.h"
 #include "hosts/terminal/Output.h"
+#include "hosts/terminal/SimulateOutput.h"
+#include "palvex/simulation.h"
 
 namespace palvex::terminal {
 
@@ -96,7 +99,24 @@ std::string results(const std::shared_ptr<const Worksheet>& sheet) {
   return table.text(Format::people, 5);
 }
 
+constexpr std::string_view registerText =
+    "Name,Type,Param1,Param2,Param3,Chance,Formula,Unit\n"
+    "Build,PERT,8,10,15,,,days\n"
+    "Test,PERT,4,5.5,9,,,days\n"
+    "Rework,LognormalMean,3,1.5,,30%,,days\n"
+    "Day rate,Normal,620,45,,,,EUR\n"
+    "Duration,,,,,,[Build] + [Test] + [Rework],days\n"
+    "Cost,,,,,,[Duration] * [Day rate],EUR\n";
+
+std::string simulatedRegister(const Worksheet& sheet) {
+  const simulation::Model model = simulation::Model::fromSheet(CsvSheet(sheet));
+  simulation::Settings settings;
+  settings.percents = {50, 80, 90};
+  return resultsText(simulation::run(model, settings), Format::people);
+}
+
 std::string demonstration() {
+  const Worksheet table = Worksheet::fromCsv(registerText, "register");
   const auto sheet = std::make_shared<const Worksheet>(Worksheet::fromCsv(sheetText, "estimate"));
   return fmt::format(
       "A worksheet holds the figures of an estimate:\n\n{}\n"
@@ -105,14 +125,19 @@ std::string demonstration() {
       "limits:\n"
       "the density at x, the probability of a value up to x, and the values that it does not\n"
       "exceed with a probability of 5, 50 and 95 %.\n\n{}\n"
+      "What may all of it cost? A register says what is uncertain, what may happen, and what\n"
+      "follows from it:\n\n{}\n"
+      "palvex simulate draws it ten thousand times:\n\n{}\n"
       "Try next (in the source tree, ./run stands for palvex):\n"
+      "  palvex simulate --example > register.csv                   a longer register, and then\n"
+      "  palvex simulate register.csv -n 1e6\n"
       "  palvex types                                               the types there are\n"
       "  palvex eval Normal 620 45 --ltl 550 --from 500 --to 740    density and probability\n"
       "  palvex check Normal 620 -45                                a fault in one sentence\n"
       "  palvex demo --save estimate.csv                            the sheet as a file, and then\n"
       "  palvex check Normal =B5 =C5 --ltl =D5 --sheet estimate.csv\n"
       "  palvex --help                                              everything else\n",
-      sheetGrid(*sheet), results(sheet));
+      sheetGrid(*sheet), results(sheet), sheetGrid(table), simulatedRegister(table));
 }
 
 }  // namespace

@@ -7,9 +7,9 @@
 
 #include "hosts/terminal/Arguments.h"
 #include "hosts/terminal/Commands.h"
+#include "hosts/terminal/CsvSheet.h"
 #include "hosts/terminal/Faults.h"
 #include "hosts/terminal/Output.h"
-#include "hosts/terminal/Range.h"
 #include "hosts/terminal/Report.h"
 #include "hosts/terminal/SimulateOutput.h"
 #include "palvex/simulation.h"
@@ -48,37 +48,6 @@ Cost,,,,,,,,,[Labour] + [Licences] + [Bad ground],EUR,,
 #Build,0.5,1,0.6
 #Test,0.3,0.6,1
 )";
-
-/// A CSV file as the table of a model; what its references stand for is read once.
-class CsvSheet : public simulation::Sheet {
- public:
-  explicit CsvSheet(const std::string& path)
-      : sheet_(std::make_shared<const Worksheet>(Worksheet::fromFile(path))) {}
-
-  [[nodiscard]] std::int32_t rows() const override { return sheet_->rows(); }
-  [[nodiscard]] std::int32_t columns() const override { return sheet_->columns(); }
-  [[nodiscard]] Variant at(std::int32_t row, std::int32_t column) const override {
-    return sheet_->at({row, column});
-  }
-  [[nodiscard]] Reference refer(std::string_view text) const override {
-    const auto given = parseReference(text.substr(1));
-    if (!given) {
-      throw simulation::Fault(fmt::format(
-          "'{}' is no reference; write =B3 for a cell, =A2:A200 for several, =[Name] for a row "
-          "above.",
-          text));
-    }
-    const Block block = sheet_->ended(*given);
-    if (!sheet_->contains(block)) {
-      throw simulation::Fault(fmt::format("'{}' is outside the sheet, which ends at {}{}.", text,
-                                          columnName(sheet_->columns()), sheet_->rows()));
-    }
-    return {std::make_shared<Range>(sheet_, block), false};
-  }
-
- private:
-  std::shared_ptr<const Worksheet> sheet_;
-};
 
 /// A file that appears under its name only when it is whole: it is written beside it, and renamed.
 class FileAside {
@@ -229,7 +198,8 @@ void refuseToWriteOver(const std::string& output, const std::string& input) {
 simulation::Correlations correlationsOf(const SimulateOptions& options,
                                         const simulation::Model& model) {
   try {
-    auto correlations = simulation::Correlations::fromSheet(CsvSheet(options.correlationsFile));
+    auto correlations = simulation::Correlations::fromSheet(
+        CsvSheet(Worksheet::fromFile(options.correlationsFile)));
     if (options.repairCorrelations) {
       if (const auto change = correlations.repair()) {
         writeMessage(fmt::format(
@@ -309,7 +279,8 @@ void simulate(const SimulateOptions& options, const Role& role) {
   refuseToWriteOver(options.reportFile, options.file);
   refuseToWriteOver(options.reportFile, options.correlationsFile);
 
-  const simulation::Model model = simulation::Model::fromSheet(CsvSheet(options.file));
+  const simulation::Model model =
+      simulation::Model::fromSheet(CsvSheet(Worksheet::fromFile(options.file)));
   if (!options.correlationsFile.empty()) settings.correlations = correlationsOf(options, model);
 
   std::optional<FileAside> report;
