@@ -106,8 +106,10 @@ Calculator::Calculator(Calculator&&) noexcept = default;
 Calculator& Calculator::operator=(Calculator&&) noexcept = default;
 Calculator::~Calculator() = default;
 
-double Calculator::operator()() const {
+double Calculator::operator()() const try {
   return parser_->parser.Eval();
+} catch (const mu::Parser::exception_type&) {
+  return std::numeric_limits<double>::quiet_NaN();
 }
 
 int Calculator::values() const {
