@@ -17,17 +17,18 @@ std::string recordText(const Variant& limit) {
 
 }  // namespace
 
+// A cell that answers may set another type: a member goes on with the one it began with.
+
 double c_Distribution::pdf(double x, bool noTruncation, const Variant& priorX) try {
-  static const Limits none;
-  if (!Dynamic) {
-    if (family_ == nullptr) return 0;
-    return family_->density(kept_, x, noTruncation ? none : staticLimits_, priorX, Line::here());
-  }
-  const Family* const family = family_;  // a cell that answers may set another one
-  const Limits limits = noTruncation ? none : liveLimits();
+  const Family* const family = family_;
+  static constexpr Limits none;
+  Limits live;
+  if (Dynamic && !noTruncation) live = liveLimits();
   if (family == nullptr) return 0;
-  const Parameters p = currentParameters(family->parametersRead);
-  return family->density({p, fitted_}, x, limits, priorX, Line::here());
+  const Limits& limits = noTruncation ? none : Dynamic ? live : staticLimits_;
+  return with(*this, *family, [&](Values& values) {
+    return family->density(values, x, limits, priorX, Line::here());
+  });
 } catch (RuntimeError& error) {
   addCall(error, "pdf", x);
   error.leave("c_Distribution.pdf");
@@ -36,32 +37,39 @@ double c_Distribution::pdf(double x, bool noTruncation, const Variant& priorX) t
 double c_Distribution::cdf(double x) try {
   const Family* const family = family_;
   if (family == nullptr) return 0;
-  if (!Dynamic) return family->cumulative(kept_, x, Line::here());
-  const Parameters p = currentParameters(family->parametersRead);
-  return family->cumulative({p, fitted_}, x, Line::here());
+  return with(*this, *family,
+              [&](Values& values) { return family->cumulative(values, x, Line::here()); });
 } catch (RuntimeError& error) {
   addCall(error, "cdf", x);
   error.leave("c_Distribution.cdf");
 }
 
-double c_Distribution::keptValue(double rndP) try {
-  if (!band_) return firstValue(rndP);
-  return family_->value(kept_, *band_, rndP, Line::here());
+namespace {
+
+/// A draw; `band` keeps what the limits leave, for later ones.
+double draw(const Family& family, Values& values, const Limits& limits, std::optional<Band>& band,
+            double rndP, Line line) {
+  if (!band) {
+    if (family.ignoresLimits != nullptr && family.ignoresLimits(values, rndP)) {
+      return family.value(values, Band{}, rndP, line);
+    }
+    band = family.band(values, limits, line);
+  }
+  return family.value(values, *band, rndP, line);
+}
+
+}  // namespace
+
+double c_Distribution::keptDraw(double rndP) try {
+  if (band_) return family_->value(kept_, *band_, rndP, Line::here());  // the usual case, quickly
+  if (family_ == nullptr) return 0;
+  return draw(*family_, kept_, staticLimits_, band_, rndP, Line::here());
 } catch (RuntimeError& error) {
   addDraw(error, rndP, staticLtl_, staticUtl_);
   error.leave("c_Distribution.RandVal");
 }
 
-double c_Distribution::firstValue(double rndP, Line caller) {
-  if (family_ == nullptr) return 0;
-  if (family_->ignoresLimits != nullptr && family_->ignoresLimits(kept_, rndP)) {
-    return family_->value(kept_, Band{}, rndP, caller);
-  }
-  band_ = family_->band(kept_, staticLimits_, caller);
-  return family_->value(kept_, *band_, rndP, caller);
-}
-
-double c_Distribution::liveValue(double rndP) {
+double c_Distribution::liveDraw(double rndP) {
   Variant lower;
   Variant upper;
   try {
@@ -70,13 +78,10 @@ double c_Distribution::liveValue(double rndP) {
     upper = liveLimit(utl);
     const Limits limits = limitsFrom(lower, upper);
     if (family == nullptr) return 0;
-    const Parameters p = currentParameters(family->parametersRead);
-    const Values values{p, fitted_};
-    Band band;
-    if (family->ignoresLimits == nullptr || !family->ignoresLimits(values, rndP)) {
-      band = family->band(values, limits, Line::here());
-    }
-    return family->value(values, band, rndP, Line::here());
+    std::optional<Band> band;
+    return with(*this, *family, [&](Values& values) {
+      return draw(*family, values, limits, band, rndP, Line::here());
+    });
   } catch (RuntimeError& error) {
     addDraw(error, rndP, lower, upper);
     error.leave("c_Distribution.RandVal");
@@ -88,7 +93,7 @@ std::string c_Distribution::parameterRecord(std::size_t count) const {
   for (std::size_t i = 0; i < count; ++i) {
     record += ',';
     try {
-      record += numberText(Dynamic ? liveParameter(*parameters()[i]) : staticParams_[i]);
+      record += numberText(Dynamic ? liveParameter(*parameters()[i]) : kept_.p[i]);
     } catch (const RuntimeError&) {
       // The record is about another error: a parameter that does not answer stays blank in it.
     }

@@ -1,20 +1,30 @@
 #pragma once
 
 #include <array>
+#include <concepts>
+#include <cstddef>
+#include <functional>
+#include <initializer_list>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
 
+#include "families/Truncation.h"
 #include "families/m_Beta.h"
 #include "families/m_Gamma.h"
 #include "families/m_Histogram.h"
 #include "families/m_Johnson.h"
+#include "laws/AnyLaw.h"
 #include "laws/Moments.h"
 #include "laws/Support.h"
 #include "runtime/Limits.h"
 
 namespace palvex {
+
+/// What is said of a Johnson fit that failed without a word of its own.
+inline constexpr const char* noCurve = "No Johnson curve was found for these moments.";
 
 /// What validation derives from the parameters and the worksheet, once for many evaluations.
 struct Fitted {
@@ -23,16 +33,13 @@ struct Fitted {
   m_Johnson::Curve curve = m_Johnson::Curve::none;  // the one of johnson.typeName
 };
 
-/// What a family works out from its parameters alone when an evaluation first needs it, kept as
-/// long as the parameters stand.
-using Prepared = std::variant<std::monostate, m_Beta::Shapes, m_Gamma::IncompleteGamma>;
-
-/// What a family computes on: the current parameters, what was fitted at the last validation, and
-/// the place of what is prepared for these parameters, null where they stand for one call only.
+/// What an evaluation computes on.
 struct Values {
-  const std::array<double, 4>& p;
-  const Fitted& fitted;
-  Prepared* prepared = nullptr;
+  std::array<double, 4> p{};  // the parameters
+  Fitted fitted;
+  /// What a family works out from its parameters alone when an evaluation first needs it; empty it
+  /// whenever a parameter changes.
+  std::variant<std::monostate, m_Beta::Shapes, m_Gamma::IncompleteGamma> prepared;
 };
 
 /// What validation asks of a numeric parameter; the wording of the message goes with it.
@@ -42,39 +49,70 @@ enum class Demand {
   nonNegative,        // ".  Must be a non-negative real number."
   positive,           // ".  Must be a positive real number."
   positiveNoArticle,  // ".  Must be positive real number."
+  worksheetData,      // judged by the tabulation
 };
 
-/// One family of distributions as the distribution object uses it: a row of the dispatch.
-struct Family {
+/// One parameter of a type: its display name, what it must be, and the value that centres the type
+/// on a number x (see c_Distribution::GuessParamValue).
+class Parameter {
+ public:
+  constexpr Parameter(std::string_view displayName, Demand asked, double (*guessed)(double x))
+      : name(displayName), demand(asked), guess(guessed) {}
+
   std::string_view name;
-  std::array<Demand, 4> demands;
-  /// How many parameters an evaluation reads; 0 for a family that works on what was fitted.
-  std::size_t parametersRead;
-  /// What validation does once each parameter has passed: compares parameters, fits the curve.
-  /// Answers with a fault in one sentence, or "". Null when there is nothing to do.
-  std::string (*fit)(const std::array<double, 4>& p, Fitted& fitted, Line);
-  /// For a family of worksheet data, in place of the parameters' checks: tabulates the data range
-  /// of param1 in the layout of param2. Answers like `fit`. Null for the others.
-  std::string (*tabulate)(const Variant& param1, const Variant& param2, Fitted& fitted,
-                          Line) = nullptr;
-  double (*density)(const Values&, double x, const Limits&, const Variant& priorX, Line);
-  /// The same density without limits in a form that never fails, for graphs; infinite at a pole.
-  /// Null where `density` holds everywhere.
-  double (*stableDensity)(const Values&, double x) = nullptr;
-  /// Whether the terms of `density` stay in the range of doubles at x, so that it does not raise.
-  /// Null for a family whose terms leave it for absurd parameters only.
-  bool (*densityHolds)(const Values&, double x) = nullptr;
-  double (*cumulative)(const Values&, double x, Line);
-  /// The two halves of a draw: the kept band, and the value at position p of it.
-  Band (*band)(const Values&, const Limits&, Line);
-  double (*value)(const Values&, const Band&, double p, Line);
-  /// Whether the value at p is the same whatever the limits, which then are not consulted at all.
-  /// Null for a family whose limits always count.
-  bool (*ignoresLimits)(const Values&, double p);
+  Demand demand = Demand::real;
+  double (*guess)(double x) = nullptr;
+
+ private:
+  friend class Parameters;
+  constexpr Parameter() = default;
+};
+
+/// The parameters of a type, in their order.
+class Parameters {
+ public:
+  constexpr Parameters(std::initializer_list<Parameter> given) : count_(given.size()) {
+    std::size_t i = 0;
+    for (const Parameter& one : given) rows_.at(i++) = one;
+  }
+  [[nodiscard]] constexpr std::size_t size() const noexcept { return count_; }
+  [[nodiscard]] constexpr const Parameter& operator[](std::size_t i) const { return rows_.at(i); }
+  [[nodiscard]] constexpr const Parameter* begin() const noexcept { return rows_.data(); }
+  [[nodiscard]] constexpr const Parameter* end() const noexcept { return rows_.data() + count_; }
+
+ private:
+  std::array<Parameter, 4> rows_{Parameter{}, Parameter{}, Parameter{}, Parameter{}};
+  std::size_t count_;
+};
+
+/// A cell of a table that does not compile without it. Used as the T it holds.
+template <class T>
+class Cell {
+ public:
+  template <std::convertible_to<T> Given>
+  constexpr Cell(Given given) noexcept : value_(given) {}
+  constexpr operator T() const noexcept { return value_; }
+  constexpr const T& operator*() const noexcept { return value_; }
+  constexpr const T* operator->() const noexcept { return &value_; }
+
+ private:
+  T value_;
+};
+
+/// The law that a type is a name of, as the object asks it: see laws/.
+struct LawOfType {
+  /// The law between limits, for parameters that validation lets pass.
+  /// @throws std::invalid_argument for limits that keep no probability, and for a fit without a
+  /// curve
+  std::shared_ptr<const laws::AnyLaw> (*between)(std::string_view type, const Values&,
+                                                 const Limits&);
+  /// The density that the family reports, without limits and in a form that never fails; infinite
+  /// at a pole. Null for a family whose own form never fails.
+  std::function<double(double x)> (*density)(const Values&);
   Support (*support)(const Values&);
-  /// Whether limits that reach into the support keep nothing all the same. Null for a family
-  /// without gaps.
-  bool (*keepsNothing)(const Values&, const Limits&) = nullptr;
+  /// Whether limits that reach into the support keep nothing all the same. Null for a law without
+  /// gaps.
+  bool (*keepsNothing)(const Values&, const Limits&);
   /// Mean and standard deviation of what the limits keep, for parameters within their demands and a
   /// support with a width: in closed form, or nothing where that would lose digits; and by
   /// numerical integration.
@@ -82,7 +120,59 @@ struct Family {
   laws::Moments (*integratedMoments)(const Values&, const Limits&);
 };
 
-/// The row of a type's name, or null for a name without a family.
+/// The parameters `first` to `last`, counted from 0, of which none may be less than the one before.
+struct Ascending {
+  std::size_t first;
+  std::size_t last;
+};
+
+/// A type of distribution: all that the object knows of it. A cell that a type has no use for is
+/// null.
+struct Family {
+  std::string_view name;
+  Cell<Parameters> parameters;
+  /// Whether evaluations work on what validation fitted, and not on the parameters.
+  Cell<bool> readsFit;
+  Cell<Ascending> ascending;
+  /// What validation does once the parameters have passed: fits the curve. Answers with a fault in
+  /// one sentence, or "".
+  Cell<std::string (*)(Values&, Line)> fit;
+  /// For worksheet data, in place of the parameters' checks: tabulates the data range of param1 in
+  /// the layout of param2. Answers like `fit`.
+  Cell<std::string (*)(const Variant& param1, const Variant& param2, Values&, Line)> tabulate;
+  Cell<double (*)(Values&, double x, const Limits&, const Variant& priorX, Line)> density;
+  /// Whether the terms of `density` stay in the range of doubles at x, so that it does not raise.
+  /// Null where they leave it for absurd parameters only.
+  Cell<bool (*)(Values&, double x)> densityHolds;
+  Cell<double (*)(Values&, double x, Line)> cumulative;
+  /// The two halves of a draw: the band of probabilities that the limits keep, and the value at
+  /// position p of it.
+  Cell<Band (*)(Values&, const Limits&, Line)> band;
+  Cell<double (*)(Values&, const Band&, double p, Line)> value;
+  /// Whether the value at p is the same whatever the limits, which then are not consulted at all.
+  /// Null where the limits always count.
+  Cell<bool (*)(const Values&, double p)> ignoresLimits;
+  Cell<LawOfType> law;
+
+  /// Whether each parameter meets its demand.
+  [[nodiscard]] bool meetsDemands(const Values& values) const;
+  /// Whether there is a law with these values.
+  [[nodiscard]] bool isLawful(const Values& values) const;
+  /// Whether validation looks at the parameters together, too.
+  [[nodiscard]] bool relatesParameters() const {
+    return ascending->first < ascending->last || fit != nullptr;
+  }
+  /// The fault of the parameters together in one sentence, or ""; fits what is to be fitted.
+  std::string fitTo(Values& values, Line line) const;
+};
+
+/// The ten types, in the order in which a host lists them.
+extern const std::array<Family, 10> families;
+
+/// The layouts of a histogram's worksheet data.
+inline constexpr auto dataConfigurations = m_Histogram::layouts;
+
+/// The row of a type's name, exact to the letter case, or null.
 [[nodiscard]] const Family* findFamily(std::string_view name) noexcept;
 
 }  // namespace palvex

@@ -14,92 +14,18 @@
 #include "engine/LawTypes.h"
 #include "engine/c_Distribution.h"
 #include "laws/Beta.h"
-#include "laws/Exponential.h"
-#include "laws/Gamma.h"
-#include "laws/Histogram.h"
-#include "laws/Johnson.h"
 #include "laws/Kept.h"
-#include "laws/Lognormal.h"
-#include "laws/Normal.h"
-#include "laws/Triangular.h"
-#include "laws/Uniform.h"
-#include "laws/Weibull.h"
 #include "runtime/Cells.h"
 
 namespace palvex {
 
 namespace {
 
-using Parameters = std::array<double, 4>;
+using Numbers = std::array<double, 4>;
 using SharedLaw = std::shared_ptr<const laws::AnyLaw>;
 
-template <class TheLaw>
-SharedLaw shared(std::string_view type, TheLaw law, const Limits& limits) {
-  return std::make_shared<const laws::Kept<TheLaw>>(type, std::move(law), limits);
-}
-
-constexpr const char* noCurve = "No Johnson curve was found for these moments.";
-
-SharedLaw sharedJohnson(std::string_view type, const Fitted& fitted, const Limits& limits) {
-  const m_Johnson::JohnsonParams& curve = fitted.johnson;
-  if (!curve.message.empty()) throw std::invalid_argument(curve.message);
-  const bool isNormal = fitted.curve == m_Johnson::Curve::normal;
-  if (fitted.curve == m_Johnson::Curve::none || (!isNormal && !(curve.delta > 0))) {
-    throw std::invalid_argument(noCurve);
-  }
-  return shared(type, laws::Johnson(curve, fitted.curve), limits);
-}
-
-/// The law of a type for parameters that meet its demands, and what was fitted to them.
-SharedLaw lawOf(const Family& family, const Parameters& p, const Fitted& fitted,
-                const Limits& limits) {
-  using Maker = SharedLaw (*)(std::string_view, const Parameters&, const Fitted&, const Limits&);
-  struct Row {
-    std::string_view type;
-    Maker make;
-  };
-  static constexpr std::array<Row, 10> rows{{
-      {"Normal", [](auto type, auto& p, auto&,
-                    auto& limits) { return shared(type, laws::Normal(p[0], p[1]), limits); }},
-      {"Uniform", [](auto type, auto& p, auto&,
-                     auto& limits) { return shared(type, laws::Uniform(p[0], p[1]), limits); }},
-      {"Triangular",
-       [](auto type, auto& p, auto&, auto& limits) {
-         return shared(type, laws::Triangular(p[0], p[1], p[2]), limits);
-       }},
-      {"Lognormal",
-       [](auto type, auto& p, auto&, auto& limits) {
-         return shared(type, laws::Lognormal(p[0], p[1], p[2]), limits);
-       }},
-      {"Exponential",
-       [](auto type, auto& p, auto&, auto& limits) {
-         return shared(type, laws::Exponential(p[0], p[1]), limits);
-       }},
-      {"Weibull",
-       [](auto type, auto& p, auto&, auto& limits) {
-         return shared(type, laws::Weibull(p[0], p[1], p[2]), limits);
-       }},
-      {"Beta",
-       [](auto type, auto& p, auto&, auto& limits) {
-         return shared(type, laws::Beta(p[0], p[1], p[2], p[3]), limits);
-       }},
-      {"Gamma", [](auto type, auto& p, auto&,
-                   auto& limits) { return shared(type, laws::Gamma(p[0], p[1], p[2]), limits); }},
-      {"Johnson", [](auto type, auto&, auto& fitted,
-                     auto& limits) { return sharedJohnson(type, fitted, limits); }},
-      {"Histogram",
-       [](auto type, auto&, auto& fitted, auto& limits) {
-         return shared(type, laws::Histogram(fitted.histogram), limits);
-       }},
-  }};
-  for (const Row& row : rows) {
-    if (row.type == family.name) return row.make(row.type, p, fitted, limits);
-  }
-  throw std::invalid_argument("Incorrect distribution type.");
-}
-
 /// Throws what ParamsOK says about parameters that it does not let pass.
-[[noreturn]] void refuse(std::string_view type, const Parameters& p) {
+[[noreturn]] void refuse(std::string_view type, const Numbers& p) {
   c_Distribution distribution;
   distribution.distType(type);
   distribution.param1 = p[0];
@@ -111,43 +37,26 @@ SharedLaw lawOf(const Family& family, const Parameters& p, const Fitted& fitted,
   throw std::invalid_argument(cause);
 }
 
-bool meets(double value, Demand demand) {
-  switch (demand) {
-    case Demand::nonNegative:
-      return value >= 0 && std::isfinite(value);
-    case Demand::positive:
-    case Demand::positiveNoArticle:
-      return value > 0 && std::isfinite(value);
-    default:
-      return std::isfinite(value);
-  }
-}
-
 /// The law of a type other than Histogram from unchecked parameters.
 SharedLaw checkedLaw(std::string_view type, std::span<const double> given, const Limits& limits) {
   const Family* const family = findFamily(type);
   if (family == nullptr || family->tabulate != nullptr) {
     throw std::invalid_argument("Incorrect distribution type.");
   }
-  Parameters p{};
-  std::copy_n(given.begin(), std::min(given.size(), p.size()), p.begin());
-  for (std::size_t i = 0; i < given.size(); ++i) {
-    if (!meets(p[i], family->demands[i])) refuse(type, p);
+  Values values;
+  std::copy_n(given.begin(), std::min(given.size(), values.p.size()), values.p.begin());
+  if (!family->meetsDemands(values)) refuse(type, values.p);
+  try {
+    const std::string fault = family->fitTo(values, Line::here());
+    if (!fault.empty()) throw std::invalid_argument(fault);
+  } catch (const RuntimeError&) {
+    throw std::invalid_argument(noCurve);
   }
-  Fitted fitted;
-  if (family->fit != nullptr) {
-    try {
-      const std::string fault = family->fit(p, fitted, Line::here());
-      if (!fault.empty()) throw std::invalid_argument(fault);
-    } catch (const RuntimeError&) {
-      throw std::invalid_argument(noCurve);
-    }
-  }
-  return lawOf(*family, p, fitted, limits);
+  return family->law->between(family->name, values, limits);
 }
 
-template <std::same_as<double>... Numbers>
-SharedLaw checkedLaw(std::string_view type, Numbers... numbers) {
+template <std::same_as<double>... Given>
+SharedLaw checkedLaw(std::string_view type, Given... numbers) {
   const std::array<double, sizeof...(numbers)> given{numbers...};
   return checkedLaw(type, given, Limits{});
 }
@@ -155,7 +64,7 @@ SharedLaw checkedLaw(std::string_view type, Numbers... numbers) {
 // ---- the types set by what people know ----
 
 /// The parameters of the beta law that PERT stands for.
-Parameters pertAsBeta(double minimum, double likely, double maximum) {
+Numbers pertAsBeta(double minimum, double likely, double maximum) {
   static_cast<void>(checkedLaw("Triangular", minimum, likely, maximum));
   const double halfWidth = maximum / 2 - minimum / 2;
   if (halfWidth == 0) return {3, 3, minimum, maximum};
@@ -164,7 +73,7 @@ Parameters pertAsBeta(double minimum, double likely, double maximum) {
 }
 
 /// The parameters of the lognormal law with this mean and standard deviation.
-Parameters asLognormal(double mean, double sd, double minimum) {
+Numbers asLognormal(double mean, double sd, double minimum) {
   static_cast<void>(checkedLaw("Johnson", mean, sd, 0.0, 3.0));  // a mean and a positive deviation
   static_cast<void>(checkedLaw("Exponential", 1.0, minimum));
   if (!(mean > minimum)) throw std::invalid_argument("Mean must be greater than Minimum.");
@@ -173,13 +82,14 @@ Parameters asLognormal(double mean, double sd, double minimum) {
   return {std::log(mean - minimum) - variance / 2, std::sqrt(variance), minimum};
 }
 
-SharedLaw pertLaw(const Parameters& p, const Limits& limits) {
+SharedLaw pertLaw(const Numbers& p, const Limits& limits) {
   const auto [alpha, beta, minimum, maximum] = pertAsBeta(p[0], p[1], p[2]);
-  return shared("PERT", laws::Beta(alpha, beta, minimum, maximum), limits);
+  return std::make_shared<const laws::Kept<laws::Beta>>(
+      "PERT", laws::Beta(alpha, beta, minimum, maximum), limits);
 }
 
-SharedLaw lognormalMeanLaw(const Parameters& p, const Limits& limits) {
-  const Parameters lognormal = asLognormal(p[0], p[1], p[2]);
+SharedLaw lognormalMeanLaw(const Numbers& p, const Limits& limits) {
+  const Numbers lognormal = asLognormal(p[0], p[1], p[2]);
   return checkedLaw("Lognormal", std::span(lognormal).first(3), limits)->named("LognormalMean");
 }
 
@@ -188,12 +98,12 @@ SharedLaw lognormalMeanLaw(const Parameters& p, const Limits& limits) {
 SharedLaw histogramOf(std::span<const double> values, std::int32_t columns,
                       std::string_view layout) {
   if (values.empty()) throw std::invalid_argument("No data");
-  Fitted fitted;
+  const Family& family = *findFamily("Histogram");
+  Values bins;
   const std::string fault =
-      m_Histogram::CreateHistogramArrays(std::make_shared<Cells>(values, columns), layout,
-                                         fitted.histogram.density, fitted.histogram.table);
+      family.tabulate(std::make_shared<Cells>(values, columns), layout, bins, Line::here());
   if (!fault.empty()) throw std::invalid_argument(fault);
-  return lawOf(*findFamily("Histogram"), {}, fitted, {});
+  return family.law->between(family.name, bins, {});
 }
 
 /// The moments, infinite where they leave the range of doubles.
@@ -323,7 +233,7 @@ double Law::sd() const {
 }
 
 Law makeLaw(const LawType& type, std::span<const double> parameters, const Limits& limits) {
-  Parameters p{};
+  Numbers p{};
   std::copy_n(parameters.begin(), std::min(parameters.size(), p.size()), p.begin());
   if (type.name == "PERT") return Law(pertLaw(p, limits));
   if (type.name == "LognormalMean") return Law(lognormalMeanLaw(p, limits));
@@ -336,7 +246,7 @@ Law makeLaw(std::string_view type, std::span<const Variant> parameters, const Va
   c_Distribution distribution;
   const auto validate = [&](std::string_view name, std::span<const Variant> given,
                             const Variant& lower, const Variant& upper) {
-    if (findEntry(name) == nullptr) throw std::invalid_argument("Incorrect distribution type.");
+    if (findFamily(name) == nullptr) throw std::invalid_argument("Incorrect distribution type.");
     distribution.distType(name);
     const std::array members{&distribution.param1, &distribution.param2, &distribution.param3,
                              &distribution.param4};
@@ -354,16 +264,16 @@ Law makeLaw(std::string_view type, std::span<const Variant> parameters, const Va
 
   if (type == "PERT") {
     validate("Triangular", parameters, ltl, utl);
-    return Law(pertLaw(distribution.staticParams_, distribution.staticLimits_));
+    return Law(pertLaw(distribution.kept_.p, distribution.staticLimits_));
   }
   if (type == "LognormalMean") {
     // Types that ask the same of a mean, a standard deviation and a minimum.
     const std::array moments{given(0), given(1), Variant(0), Variant(3)};
     validate("Johnson", moments, {}, {});
-    const auto [mean, sd, skewness, kurtosis] = distribution.staticParams_;
+    const auto [mean, sd, skewness, kurtosis] = distribution.kept_.p;
     const std::array minimum{Variant(1), given(2)};
     validate("Exponential", minimum, {}, {});
-    const Parameters p = asLognormal(mean, sd, distribution.staticParams_[1]);
+    const Numbers p = asLognormal(mean, sd, distribution.kept_.p[1]);
     const std::array lognormal{Variant(p[0]), Variant(p[1]), Variant(p[2])};
     validate("Lognormal", lognormal, ltl, utl);
     return Law(distribution.law().law_->named("LognormalMean"));
@@ -382,10 +292,12 @@ Law c_Distribution::law() const {
   if (!paramsOk_) throw std::logic_error("A law needs parameters that ParamsOK has let pass.");
   const Family* const family = family_;  // a cell that answers may set another one
   const Limits limits = currentLimits();
-  const std::size_t read = family->parametersRead;
-  const Parameters p = currentParameters(read);
-  if (Dynamic && read > 0) return Law(checkedLaw(family->name, std::span(p).first(read), limits));
-  return Law(lawOf(*family, p, fitted_, limits));
+  if (!Dynamic || family->readsFit) {
+    return Law(family->law->between(family->name, kept_, limits));
+  }
+  const std::size_t count = family->parameters->size();
+  const Values live = liveValues(count, Line::here());
+  return Law(checkedLaw(family->name, std::span(live.p).first(count), limits));
 }
 
 }  // namespace palvex

@@ -13,7 +13,7 @@
 namespace palvex {
 
 class c_Distribution;
-struct CatalogueEntry;
+struct LawType;
 
 namespace laws {
 class AnyLaw;
@@ -110,8 +110,7 @@ class Law {
   friend class c_Distribution;
   friend Law makeLaw(std::string_view type, std::span<const Variant> parameters, const Variant& ltl,
                      const Variant& utl);
-  friend Law makeLaw(const CatalogueEntry& type, std::span<const double> parameters,
-                     const Limits& limits);
+  friend Law makeLaw(const LawType& type, std::span<const double> parameters, const Limits& limits);
   explicit Law(std::shared_ptr<const laws::AnyLaw> law);
 
   std::shared_ptr<const laws::AnyLaw> law_;

@@ -6,7 +6,7 @@
 #include <span>
 #include <string_view>
 
-#include "engine/Catalogue.h"
+#include "engine/Family.h"
 #include "engine/Law.h"
 #include "runtime/Variant.h"
 
@@ -14,19 +14,31 @@
 namespace palvex {
 
 /// A type: its name, and the names of its parameters in their order.
-using LawType = CatalogueEntry;
+struct LawType {
+  std::string_view name;
+  std::array<std::string_view, 4> parameters;  // the unused ones empty
+
+  [[nodiscard]] std::int16_t parameterCount() const noexcept {
+    return static_cast<std::int16_t>(
+        std::count_if(parameters.begin(), parameters.end(), [](auto one) { return !one.empty(); }));
+  }
+};
 
 /// The ten of the engine, and two that are set by what people know: PERT and LognormalMean.
-inline constexpr std::array<LawType, catalogue.size() + 2> lawTypes = [] {
-  std::array<LawType, catalogue.size() + 2> types{};
-  std::copy(catalogue.begin(), catalogue.end(), types.begin());
-  types[catalogue.size()] = {"PERT", {"Minimum", "Likely", "Maximum"}};
-  types[catalogue.size() + 1] = {"LognormalMean", {"Mean", "Std Dev", "Minimum"}};
+inline const std::array<LawType, families.size() + 2> lawTypes = [] {
+  std::array<LawType, families.size() + 2> types{};
+  for (std::size_t i = 0; i < families.size(); ++i) {
+    types[i].name = families[i].name;
+    std::transform(families[i].parameters->begin(), families[i].parameters->end(),
+                   types[i].parameters.begin(), [](const Parameter& one) { return one.name; });
+  }
+  types[families.size()] = {"PERT", {"Minimum", "Likely", "Maximum"}};
+  types[families.size() + 1] = {"LognormalMean", {"Mean", "Std Dev", "Minimum"}};
   return types;
 }();
 
 /// The type of a name, exact to the letter case, or null.
-constexpr const LawType* findLawType(std::string_view name) noexcept {
+inline const LawType* findLawType(std::string_view name) noexcept {
   for (const LawType& type : lawTypes) {
     if (type.name == name) return &type;
   }

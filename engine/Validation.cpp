@@ -23,6 +23,7 @@ constexpr Wording wording(Demand demand) {
     case Demand::positiveNoArticle:
       return {true, true, ".  Must be positive real number."};
     case Demand::real:
+    case Demand::worksheetData:
       break;
   }
   return {false, false, "."};
@@ -39,36 +40,35 @@ bool c_Distribution::ParamsOK(std::string& errCause) try {
   errCause.clear();
   paramsOk_ = false;
   // A cell that answers may set another type: this check goes on with the one it began with.
-  const CatalogueEntry* const entry = entry_;
   const Family* const family = family_;
-  errCause = typeFault(entry, family);
-  if (errCause.empty()) errCause = limitsFault(*family);
-  paramsOk_ = errCause.empty();
-  return paramsOk_;
+  errCause = checkAndFit(family);
+  if (errCause.empty()) errCause = checkAndKeepLimits(*family);
+  paramsOk_ = errCause.empty() && family == family_;
+  return errCause.empty();
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.ParamsOK");
 }
 
-std::string c_Distribution::typeFault(const CatalogueEntry* entry, const Family* family,
-                                      Line caller) {
+std::string c_Distribution::checkAndFit(const Family* family, Line caller) {
   if (family == nullptr) return "Incorrect distribution type.";
-  const auto name = [&](std::size_t i) { return std::string(entry->parameters[i]); };
+  const Parameters& asked = *family->parameters;
+  const auto name = [&](std::size_t i) { return std::string(asked[i].name); };
   if (family->tabulate != nullptr) {
     if (!IsRange(param1)) return "Please select the cells for the " + name(0) + ".";
-    return family->tabulate(Variant(param1), Variant(param2), fitted_, caller);
+    return family->tabulate(Variant(param1), Variant(param2), kept_, caller);
   }
-  for (std::size_t i = 0; i < static_cast<std::size_t>(entry->parameterCount()); ++i) {
-    const Wording words = wording(family->demands[i]);
+  for (std::size_t i = 0; i < asked.size(); ++i) {
+    const Wording words = wording(asked[i].demand);
     const Permission allowed{.negative = !words.forbidNegative, .zero = !words.forbidZero};
     const std::string fault = BadParam(*parameters()[i], allowed, caller);
     if (!fault.empty()) return fault + name(i) + std::string(words.suffix);
   }
-  if (family->fit == nullptr) return "";
+  if (!family->relatesParameters()) return "";
   SetStaticParams(*family, caller);
-  return family->fit(staticParams_, fitted_, caller);
+  return family->fitTo(kept_, caller);
 }
 
-std::string c_Distribution::limitsFault(const Family& family, Line caller) {
+std::string c_Distribution::checkAndKeepLimits(const Family& family, Line caller) {
   SetStaticParams(family, caller);
   const auto fault = [&](const Variant& limit) {
     return BadParam(limit, {.infinity = true}, caller);
@@ -118,8 +118,7 @@ Boolean c_Distribution::CellValueError(Object& range) noexcept {
 
 bool c_Distribution::AllTruncated(const Family& family, Line caller) const try {
   enum class Place { belowMin, inMiddle, aboveMax };
-  const Values values{staticParams_, fitted_};
-  const Support support = family.support(values);
+  const Support support = family.law->support(kept_);
   const auto place = [&](double limit) {
     if (support.lowerIncluded ? limit < support.lower : limit <= support.lower)
       return Place::belowMin;
@@ -132,7 +131,7 @@ bool c_Distribution::AllTruncated(const Family& family, Line caller) const try {
   const bool upperBelowMin = upper && place(*upper) == Place::belowMin;
   if (staticLimits_.reversed()) return lowerAboveMax && upperBelowMin;
   return lowerAboveMax || upperBelowMin ||
-         (family.keepsNothing != nullptr && family.keepsNothing(values, staticLimits_));
+         (family.law->keepsNothing != nullptr && family.law->keepsNothing(kept_, staticLimits_));
 } catch (RuntimeError& error) {
   error.leave("c_Distribution.AllTruncated", caller);
 }

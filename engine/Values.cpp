@@ -32,22 +32,21 @@ Variant c_Distribution::liveLimit(const Variant& limit, Line caller) {
   return IsRange(held) ? held.toObject(caller)->get("Value", {}, caller) : held;
 }
 
-c_Distribution::Parameters c_Distribution::currentParameters(std::size_t count, Line caller) const {
-  if (!Dynamic) return staticParams_;
-  Parameters values{};
-  for (std::size_t i = 0; i < count; ++i) values[i] = liveParameter(*parameters()[i], caller);
+Values c_Distribution::liveValues(std::size_t count, Line caller) const {
+  Values values;
+  for (std::size_t i = 0; i < count; ++i) values.p[i] = liveParameter(*parameters()[i], caller);
   return values;
 }
 
 void c_Distribution::setStaticParam(std::size_t i, double value) {
-  staticParams_[i] = value;
+  kept_.p[i] = value;
   dropPrepared();
 }
 
 void c_Distribution::SetStaticParams(const Family& family, Line caller) try {
   dropPrepared();
   if (family.tabulate != nullptr) return;  // its parameters are a data range and a layout
-  for (std::size_t i = 0; i < staticParams_.size(); ++i) {
+  for (std::size_t i = 0; i < kept_.p.size(); ++i) {
     setStaticParam(i, 0);
     setStaticParam(i, liveParameter(*parameters()[i]));
   }

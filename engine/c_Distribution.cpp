@@ -18,8 +18,8 @@ Variant textArray(const std::array<std::string_view, n>& texts) {
 }  // namespace
 
 Variant c_Distribution::ValidDistributions() const {
-  std::array<std::string_view, catalogue.size()> names;
-  for (std::size_t i = 0; i < names.size(); ++i) names[i] = catalogue[i].name;
+  std::array<std::string_view, families.size()> names;
+  for (std::size_t i = 0; i < names.size(); ++i) names[i] = families[i].name;
   return textArray(names);
 }
 
@@ -28,28 +28,32 @@ Variant c_Distribution::DataConfigurations() const {
 }
 
 std::string c_Distribution::distType() const {
-  return entry_ ? std::string(entry_->name) : "";
+  return family_ ? std::string(family_->name) : "";
 }
 
 void c_Distribution::distType(std::string_view name) {
-  const CatalogueEntry* entry = findEntry(name);
-  if (entry == nullptr) {
+  const Family* family = findFamily(name);
+  if (family == nullptr) {
     showMessage("Unknown distribution type '" + std::string(name) + "'.");
     return;
   }
-  entry_ = entry;
-  family_ = findFamily(name);
+  family_ = family;
   paramsOk_ = false;
   dropPrepared();
 }
 
 std::int16_t c_Distribution::NumParams() const {
-  return entry_ ? entry_->parameterCount() : std::int16_t{0};
+  return family_ ? static_cast<std::int16_t>(family_->parameters->size()) : std::int16_t{0};
 }
 
 std::string c_Distribution::ParamName(std::int32_t paramNumber) const {
   if (paramNumber < 1 || paramNumber > NumParams()) return "";
-  return std::string(entry_->parameters[static_cast<std::size_t>(paramNumber - 1)]);
+  return std::string((*family_->parameters)[static_cast<std::size_t>(paramNumber - 1)].name);
+}
+
+double c_Distribution::GuessParamValue(std::int16_t paramIndex, double cellValue) const {
+  if (paramIndex < 1 || paramIndex > NumParams()) return 0;
+  return checked((*family_->parameters)[static_cast<std::size_t>(paramIndex - 1)].guess(cellValue));
 }
 
 std::int16_t c_Distribution::NumPoints() const {

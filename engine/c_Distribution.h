@@ -8,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include "engine/Catalogue.h"
 #include "engine/Family.h"
 #include "engine/Law.h"
 #include "runtime/Limits.h"
@@ -32,10 +31,6 @@ namespace palvex {
 /// once.
 class c_Distribution {
  public:
-  c_Distribution() = default;
-  c_Distribution(const c_Distribution&) = delete;
-  c_Distribution& operator=(const c_Distribution&) = delete;
-
   Variant param1;
   Variant param2;
   Variant param3;
@@ -104,7 +99,7 @@ class c_Distribution {
   double cdf(double x);
   /// The value at the position rndP of the truncated distribution's cumulative scale: a random draw
   /// when rndP is a uniform random number of [0, 1].
-  double RandVal(double rndP) { return Dynamic ? liveValue(rndP) : keptValue(rndP); }
+  double RandVal(double rndP) { return Dynamic ? liveDraw(rndP) : keptDraw(rndP); }
 
   // ---- moments: of what the limits keep, in proportion; 0 without a type ----
   // Error 11 when the limits leave no probability in double precision, 5 for parameters that no
@@ -112,25 +107,25 @@ class c_Distribution {
 
   /// The mean, by the family's closed form; by integration where that would lose digits (a narrow
   /// band, a far tail).
-  double mean();
+  double mean() const;
   /// The standard deviation; or, with a number xMean, sqrt(E (X - xMean)^2).
-  double StDev(const Variant& xMean = Variant::missing());
+  double StDev(const Variant& xMean = Variant::missing()) const;
   /// The mean by numerical integration, an independent check of `mean`. For extreme parameters (a
   /// beta shape below 1e-9, a lognormal median below the smallest double, a lognormal scale above
   /// 20 with far reversed limits) it may raise error 6 or 11 where `mean` still answers.
-  double CalcMean();
+  double CalcMean() const;
   /// sqrt(E (X - mean)^2) by numerical integration: the standard deviation for the mean of
   /// CalcMean.
-  double CalcStdev(double mean);
+  double CalcStdev(double mean) const;
 
   // ---- graph data ----
 
   /// Where a graph of the distribution begins: at a lower limit or a finite end of the values,
   /// otherwise `numSD` standard deviations (4 for a number <= 0) below the mean. Of a distribution
   /// with one value only, 1 below it. Always below XMax.
-  double XMin(double numSD = defaultNumSD);
+  double XMin(double numSD = defaultNumSD) const;
   /// Where it ends; likewise. Error 6 for either where no double lies there.
-  double XMax(double numSD = defaultNumSD);
+  double XMax(double numSD = defaultNumSD) const;
   /// Fills the three series with equally spaced points from `graphXmin` to `graphXmax`, both
   /// included: NumPoints of them, 101 when there are none yet. GraphPDF is ScaleFactor times the
   /// density, GraphOL the same as if there were no limits. Where a density is infinite, it is taken
@@ -161,7 +156,6 @@ class c_Distribution {
                      const Variant& utl);
 
   using Series = std::vector<double>;
-  using Parameters = std::array<double, 4>;
   /// What validation lets pass as a parameter or limit.
   struct Permission {
     bool infinity = false;
@@ -179,26 +173,37 @@ class c_Distribution {
   [[nodiscard]] std::array<const Variant*, 4> parameters() const {
     return {&param1, &param2, &param3, &param4};
   }
-  /// The first `count` parameters, live or cached; the others are 0.
-  [[nodiscard]] Parameters currentParameters(std::size_t count, Line caller = Line::here()) const;
+  [[nodiscard]] Values liveValues(std::size_t count, Line caller) const;
+  [[nodiscard]] Limits liveLimits(Line caller = Line::here()) const;
+  [[nodiscard]] Limits currentLimits(Line caller = Line::here()) const {
+    return Dynamic ? liveLimits(caller) : staticLimits_;
+  }
+  /// What `evaluate` answers for the values that count now: the kept ones, or live ones. An
+  /// evaluation of what was fitted has no live values.
+  template <class Object, class Evaluate>
+  static auto with(Object& object, const Family& family, Evaluate&& evaluate,
+                   Line caller = Line::here()) {
+    if (!object.Dynamic || family.readsFit) return evaluate(object.kept_);
+    return withLive(object, family, evaluate, caller);
+  }
+  /// A function of its own, so that an evaluation of kept values does not pay for its locals.
+  template <class Evaluate>
+  [[gnu::noinline]] static auto withLive(const c_Distribution& object, const Family& family,
+                                         Evaluate& evaluate, Line caller) {
+    Values live = object.liveValues(family.parameters->size(), caller);
+    return evaluate(live);
+  }
   void dropPrepared() {
-    prepared_ = {};
+    kept_.prepared = {};
     band_.reset();
   }
   void setStaticParam(std::size_t i, double value);
   void SetStaticParams(const Family& family, Line caller = Line::here());
   void SetStaticLimits(Line caller = Line::here());
 
-  [[nodiscard]] Limits liveLimits(Line caller = Line::here()) const;
-  [[nodiscard]] Limits currentLimits(Line caller = Line::here()) const {
-    return Dynamic ? liveLimits(caller) : staticLimits_;
-  }
-
   // Evaluation (Evaluation.cpp).
-  double keptValue(double rndP);
-  /// The draw that works out the band that later ones use.
-  double firstValue(double rndP, Line caller = Line::here());
-  double liveValue(double rndP);
+  double keptDraw(double rndP);
+  double liveDraw(double rndP);
   [[nodiscard]] std::string parameterRecord(std::size_t count) const;
   void addCall(RuntimeError& error, std::string_view member, double argument) const;
   void addDraw(RuntimeError& error, double rndP, const Variant& lower, const Variant& upper) const;
@@ -213,30 +218,26 @@ class c_Distribution {
   // Graph (Graph.cpp).
   static constexpr double defaultNumSD = 4;
   [[nodiscard]] std::pair<double, double> plotRange(double numSD, Line caller = Line::here()) const;
+  [[nodiscard]] std::pair<double, double> plotRange(const Family& family, const Values& values,
+                                                    double deviations) const;
 
   // Validation (Validation.cpp).
-  std::string typeFault(const CatalogueEntry* entry, const Family* family,
-                        Line caller = Line::here());
-  std::string limitsFault(const Family& family, Line caller = Line::here());
+  std::string checkAndFit(const Family* family, Line caller = Line::here());
+  std::string checkAndKeepLimits(const Family& family, Line caller = Line::here());
   /// The first words about a parameter or limit that is bad, "" for a good one. A copy is judged:
   /// the host may change its own while it answers.
   static std::string BadParam(Variant param, const Permission& allowed, Line caller = Line::here());
   static Boolean CellValueError(Object& range) noexcept;
   [[nodiscard]] bool AllTruncated(const Family& family, Line caller = Line::here()) const;
 
-  const CatalogueEntry* entry_ = nullptr;
   const Family* family_ = nullptr;
 
   bool paramsOk_ = false;  // what ParamsOK last answered, for this type
-  Parameters staticParams_{};
+  Values kept_;            // for Dynamic false
   Variant staticLtl_;
   Variant staticUtl_;
   Limits staticLimits_;       // the numeric ones of staticLtl_ and staticUtl_
   std::optional<Band> band_;  // what staticLimits_ keep; empty until a draw asks for it
-  Prepared prepared_;         // for staticParams_
-  Fitted fitted_;
-  // What evaluations hand to the family while Dynamic is false.
-  const Values kept_{staticParams_, fitted_, &prepared_};
 
   double scaleFactor_ = 1;
   Series graphX_;

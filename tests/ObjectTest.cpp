@@ -128,6 +128,26 @@ TEST(Object, RefusesAnUnknownTypeWithAMessage) {
                                                   "Unknown distribution type ''."}));
 }
 
+TEST(Object, ACopyIsADistributionOfItsOwn) {
+  for (const Values& description : {Values{"Beta", 2.5, 1.5, 0, 9},
+                                    {"Gamma", 2.5, 1.5},
+                                    {"Johnson", 2.5, 1.5, 0, 9},
+                                    {"Histogram", block(1, {1, 2, 4}), "Raw Data"}}) {
+    Engine e;
+    e.describe(description);
+    ASSERT_EQ(e.call("ParamsOK", {}), Values{""});
+    const double drawn = e.d.RandVal(0.3);
+    std::vector<D> many{e.d};  // with what the draw prepared
+    e.d.param1 = description[1].isObject() ? Variant(block(1, {5, 6})) : Variant(3.5);
+    ASSERT_EQ(e.call("ParamsOK", {}), Values{""});
+    EXPECT_NE(e.d.RandVal(0.3), drawn);
+    const D moved = std::move(many[0]);
+    many.assign(2, moved);
+    EXPECT_EQ(many[1].RandVal(0.3), drawn);
+    EXPECT_GT(moved.mean(), 1);
+  }
+}
+
 /// A cell that does something each time that one of its members is read.
 struct Busy : FakeRange {
   Busy(Variant value, std::string_view when, std::function<void()> what)
@@ -227,7 +247,7 @@ TEST(Object, ATraceNamesALineOfEachRoutine) {
           if (at == std::string::npos) continue;
           std::string routine = line.substr(25, at - 25);  // behind "in palvex.c_Distribution."
           routines.insert(routine);
-          if (routine == "RandVal") routine = "liveValue";
+          if (routine == "RandVal") routine = "liveDraw";
           EXPECT_TRUE(membersAt(std::stoi(line.substr(at + 9))).contains(routine)) << line;
         }
       }

@@ -179,7 +179,7 @@ Law lawOf(const std::string& type, const std::vector<DistributionArguments::Item
 
 void setChecked(c_Distribution& distribution, const std::string& type,
                 const std::vector<DistributionArguments::Item>& items) {
-  if (findEntry(type) == nullptr)
+  if (findFamily(type) == nullptr)
     throw Refusal(fmt::format("{} has no members pdf, cdf and RandVal, only a law.", type));
   distribution.distType(type);
   const std::array<Variant*, 4> members{&distribution.param1, &distribution.param2,

@@ -42,7 +42,7 @@ void addGuess(CLI::App& program) {
     const double value = numberArgument("VALUE", options->value);
     c_Distribution distribution;
     const std::string type = typeNamed(options->type);
-    if (findEntry(type) == nullptr)
+    if (findFamily(type) == nullptr)
       throw UsageError(fmt::format("guess: there is no guess for {}", type));
     distribution.distType(type);
     if (type == "Histogram") throw UsageError("guess: a histogram is made from data");
