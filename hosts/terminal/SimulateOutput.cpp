@@ -49,6 +49,8 @@ std::string counted(std::uint64_t count) {
 
 // For people.
 
+constexpr double reach = 1.959963984540054;  // standard errors of a 95 % interval
+
 std::string figures(const ResultStatistics& result) {
   const Moments& moments = result.moments;
   Table table({result.unit.empty() ? result.name : result.name + " (" + result.unit + ')', "value",
@@ -56,9 +58,9 @@ std::string figures(const ResultStatistics& result) {
   const auto add = [&](const std::string& name, double value) {
     table.add({name, shortCell(value), {}, {}});
   };
-  const double reach = 1.959963984540054 * moments.standardError();
-  table.add({"mean", shortCell(moments.mean), shortCell(moments.mean - reach),
-             shortCell(moments.mean + reach)});
+  const double half = reach * moments.standardError();
+  table.add({"mean", shortCell(moments.mean), shortCell(moments.mean - half),
+             shortCell(moments.mean + half)});
   add("standard deviation", moments.sd());
   add("skewness", moments.skewness());
   add("excess kurtosis", moments.kurtosis());
@@ -69,6 +71,21 @@ std::string figures(const ResultStatistics& result) {
   }
   add("greatest", moments.greatest);
   return table.text(Format::people);
+}
+
+/// How mean and P80 moved with the trials: the last observations.
+std::string settling(const ResultStatistics& result) {
+  constexpr std::size_t shown = 4;
+  if (result.settling.size() < 2) return "";
+  Table table({"after trials", "mean", "95 % from", "to", "P80", "95 % from", "to"});
+  for (std::size_t i = result.settling.size() - std::min(shown, result.settling.size());
+       i < result.settling.size(); ++i) {
+    const auto& [trials, mean, error, p80] = result.settling[i];
+    table.add({counted(trials), shortCell(mean), shortCell(mean - reach * error),
+               shortCell(mean + reach * error), shortCell(p80.value), shortCell(p80.low),
+               shortCell(p80.high)});
+  }
+  return fmt::format("{} settled\n{}\n", result.name, table.text(Format::people));
 }
 
 constexpr std::size_t strongestShown = 10;
@@ -104,7 +121,8 @@ std::string forPeople(const Results& results) {
     text += fmt::format("{} trials failed and are left out\n", counted(results.failures));
   }
   for (const ResultStatistics& result : results.results) {
-    text += fmt::format("\n{}\n{}", figures(result), strongest(result, results.inputs));
+    text += fmt::format("\n{}\n{}{}", figures(result), settling(result),
+                        strongest(result, results.inputs));
   }
   if (results.rankTrials < results.trials) {
     text +=
