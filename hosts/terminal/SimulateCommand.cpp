@@ -11,7 +11,9 @@
 #include "hosts/terminal/Faults.h"
 #include "hosts/terminal/Output.h"
 #include "hosts/terminal/Report.h"
+#include "hosts/terminal/SharedTrials.h"
 #include "hosts/terminal/SimulateOutput.h"
+#include "hosts/terminal/WorkbookFile.h"
 #include "palvex/simulation.h"
 
 namespace palvex::terminal {
@@ -130,13 +132,14 @@ struct SimulateOptions : ResultOptions {
   std::string file;
   bool example = false;
   std::string trials;
-  std::string seed = "1";
-  std::string sampling = "random";
+  std::string seed;
+  std::string sampling;
   std::string correlationsFile;
   bool repairCorrelations = false;
   std::string percentiles = "5,10,50,80,90,95";
   std::string until;
   std::string threads;
+  std::string jobs;
   std::string trialsFile;
   std::string reportFile;
   bool skipFailures = false;
@@ -144,6 +147,8 @@ struct SimulateOptions : ResultOptions {
 
 constexpr std::uint64_t mostTrials = 1'000'000'000'000;
 constexpr std::string_view usualTrials = "10000";
+constexpr std::string_view usualSeed = "1";
+constexpr std::string_view usualSampling = "random";
 constexpr std::string_view usualTrialsUntil = "100000000";  // at most, with --until
 
 std::vector<double> percentsOf(const std::string& list) {
@@ -173,14 +178,18 @@ double shareOf(const std::string& text) {
   return *share;
 }
 
+/// An option as it was given, or the usual.
+std::string given(const std::string& option, std::string_view usual) {
+  return option.empty() ? std::string(usual) : option;
+}
+
 simulation::Settings settingsOf(const SimulateOptions& options) {
   simulation::Settings settings;
   const std::string_view usual = options.until.empty() ? usualTrials : usualTrialsUntil;
-  settings.trials = countArgument(
-      "-n", options.trials.empty() ? std::string(usual) : options.trials, 1, mostTrials);
-  settings.seed =
-      countArgument("--seed", options.seed, 0, std::numeric_limits<std::uint64_t>::max());
-  settings.sampling = samplingOf(options.sampling);
+  settings.trials = countArgument("-n", given(options.trials, usual), 1, mostTrials);
+  settings.seed = countArgument("--seed", given(options.seed, usualSeed), 0,
+                                std::numeric_limits<std::uint64_t>::max());
+  settings.sampling = samplingOf(given(options.sampling, usualSampling));
   settings.percents = percentsOf(options.percentiles);
   settings.skipFailures = options.skipFailures;
   settings.describeTrials = !options.trialsFile.empty();
@@ -266,6 +275,40 @@ std::string remark(const simulation::Results& results) {
   return "palvex: " + text + '\n';
 }
 
+/// A workbook's simulation: the table, and the cells that its trials write and read.
+class WorkbookRun {
+ public:
+  /// @param helping  this process works for another one
+  WorkbookRun(const SimulateOptions& options, bool helping)
+      : helpers_(helping ? nullptr : helpersFor(options)),
+        workbook_(openWorkbook(options.file)),
+        model_(simulation::Model::fromWorkbook(workbook_->table())) {}
+
+  [[nodiscard]] const simulation::Model& model() const { return model_; }
+
+  /// What the table itself says holds where no option does.
+  void complete(simulation::Settings& settings, const SimulateOptions& options) const {
+    const simulation::Settings table = workbook_->settings(model_);
+    if (options.trials.empty() && options.until.empty()) settings.trials = table.trials;
+    if (options.seed.empty()) settings.seed = table.seed;
+    if (options.sampling.empty()) settings.sampling = table.sampling;
+  }
+
+  [[nodiscard]] std::unique_ptr<simulation::Workbook> cells(std::uint64_t trials) const {
+    return helpers_ ? helpers_->workbook(trials) : workbook_->cells(model_);
+  }
+
+ private:
+  static std::unique_ptr<Helpers> helpersFor(const SimulateOptions& options) {
+    const std::uint64_t jobs = countArgument("--jobs", given(options.jobs, "1"), 1, 64);
+    return jobs == 1 ? nullptr : std::make_unique<Helpers>(static_cast<unsigned>(jobs));
+  }
+
+  std::unique_ptr<Helpers> helpers_;
+  std::unique_ptr<calc::OpenWorkbook> workbook_;
+  simulation::Model model_;
+};
+
 void simulate(const SimulateOptions& options, const Role& role) {
   if (options.example) return writeExample();
   if (options.file.empty()) throw UsageError("simulate: FILE is missing; --example writes one");
@@ -279,9 +322,20 @@ void simulate(const SimulateOptions& options, const Role& role) {
   refuseToWriteOver(options.reportFile, options.file);
   refuseToWriteOver(options.reportFile, options.correlationsFile);
 
+  const bool helping = isHelper();
+  std::optional<WorkbookRun> workbook;
+  if (isWorkbook(options.file)) {
+    workbook.emplace(options, helping);
+    workbook->complete(settings, options);
+    run.threads = 1;
+  } else if (!options.jobs.empty()) {
+    throw UsageError("--jobs is for workbooks; --threads shares the trials of a CSV table");
+  }
   const simulation::Model model =
-      simulation::Model::fromSheet(CsvSheet(Worksheet::fromFile(options.file)));
+      workbook ? workbook->model()
+               : simulation::Model::fromSheet(CsvSheet(Worksheet::fromFile(options.file)));
   if (!options.correlationsFile.empty()) settings.correlations = correlationsOf(options, model);
+  if (helping && workbook) return help(model, settings, workbook->cells(settings.trials));
 
   std::optional<FileAside> report;
   if (role.writes && !options.reportFile.empty()) report.emplace(options.reportFile);
@@ -299,7 +353,18 @@ void simulate(const SimulateOptions& options, const Role& role) {
     run.progress = [&timeLeft](std::uint64_t done, std::uint64_t all) {
       timeLeft.report(done, all);
     };
-    results = role.simulate(model, settings, run);
+    std::uint64_t begun = 0;
+    if (workbook) {
+      run.openWorkbook = [&] {
+        return counted(workbook->cells(settings.trials), model,
+                       [&] { timeLeft.report(++begun, settings.trials); });
+      };
+    }
+    try {
+      results = role.simulate(model, settings, run);
+    } catch (const HelperLost&) {
+      throw Refusal("a process that shares the trials has ended early");
+    }
   }
   if (results.trials == 0 && results.cancelled) {
     writeMessage("palvex: ended by Ctrl-C before the first block of trials was done\n");
@@ -324,9 +389,10 @@ void addSimulate(CLI::App& program, const Role& role) {
   CLI::App* command = program.add_subcommand(
       "simulate", "Simulate a table of uncertain figures: what may their total be?");
   command->footer(
-      "FILE is a table (CSV). Its first row names the columns, in any order: Name, Type, Param1 "
-      "to\n"
-      "Param4, LTL, UTL, Chance, Formula, Unit. A row with a Type (see: palvex types) is an "
+      "FILE is a table: a CSV file, or the sheet 'palvex' of a workbook (.ods, .xlsx, ...) whose\n"
+      "formulas LibreOffice Calc works out; there a column Cell says which cell receives a draw,\n"
+      "or is read as a result. The first row names the columns, in any order: Name, Type, Param1\n"
+      "to Param4, LTL, UTL, Chance, Formula, Unit. A row with a Type (see: palvex types) is an\n"
       "input,\n"
       "drawn once a trial; Chance is the probability that it happens at all. A row with a "
       "Formula,\n"
@@ -340,22 +406,24 @@ void addSimulate(CLI::App& program, const Role& role) {
       "  palvex simulate register.csv\n"
       "  palvex simulate register.csv -n 1e6 --sampling lhs --percentiles 10,50,80,90\n"
       "  palvex simulate register.csv --correlations correlations.csv --json\n"
-      "  palvex simulate register.csv --until 0.5% --trials trials.csv");
+      "  palvex simulate register.csv --until 0.5% --trials trials.csv\n"
+      "  palvex simulate estimate.ods --jobs 2 --json");
   const auto options = std::make_shared<SimulateOptions>();
-  command->add_option("FILE", options->file, "The table, a CSV file; - for standard input");
+  command->add_option("FILE", options->file,
+                      "The table, a CSV file or a workbook; - for standard input");
   command->add_flag("--example", options->example, "Write a table to start from, and end");
   command
       ->add_option("-n", options->trials,
                    "How many trials (default: 10000; with --until at most 100000000)")
       ->type_name("N");
-  command->add_option("--seed", options->seed, "Seed of the random numbers, 0 or greater")
-      ->type_name("S")
-      ->capture_default_str();
   command
-      ->add_option("--sampling", options->sampling,
-                   "random, or lhs: each of N equal parts of an input's distribution once")
-      ->type_name("HOW")
-      ->capture_default_str();
+      ->add_option("--seed", options->seed, "Seed of the random numbers, 0 or greater (default: 1)")
+      ->type_name("S");
+  command
+      ->add_option(
+          "--sampling", options->sampling,
+          "random (default), or lhs: each of N equal parts of an input's distribution once")
+      ->type_name("HOW");
   command
       ->add_option("--correlations", options->correlationsFile,
                    "Rank correlations between inputs: a CSV table with their names in its first "
@@ -372,6 +440,10 @@ void addSimulate(CLI::App& program, const Role& role) {
                    "its value, such as 1%")
       ->type_name("SHARE");
   command->add_option("--threads", options->threads, "How many threads (default: all)")
+      ->type_name("N");
+  command
+      ->add_option("--jobs", options->jobs,
+                   "For a workbook: how many processes share the trials (default: 1)")
       ->type_name("N");
   command
       ->add_option("--trials", options->trialsFile, "Write the values of each trial to a CSV file")
