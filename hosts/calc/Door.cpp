@@ -4,7 +4,9 @@
 #include <sal/types.h>
 
 #include <array>
+#include <com/sun/star/configuration/theDefaultProvider.hpp>
 #include <com/sun/star/uno/XComponentContext.hpp>
+#include <com/sun/star/util/XFlushable.hpp>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
@@ -110,6 +112,23 @@ void start(const Places& places, const fs::path& profile) {
   enter(get());
 }
 
+/// At its end the office writes down what it still has to, and so does not bring back a profile
+/// that has been removed.
+class WrittenProfile {
+ public:
+  WrittenProfile() = default;
+  WrittenProfile(const WrittenProfile&) = delete;
+  WrittenProfile& operator=(const WrittenProfile&) = delete;
+  ~WrittenProfile() {
+    try {
+      const auto configuration = css::configuration::theDefaultProvider::get(context());
+      Reference<css::util::XFlushable>(configuration, css::uno::UNO_QUERY_THROW)->flush();
+    } catch (const css::uno::Exception&) {
+      // Then the profile stays behind.
+    }
+  }
+};
+
 class OpenFile final : public OpenWorkbook {
  public:
   OpenFile(const Places& places, const fs::path& file)
@@ -126,6 +145,7 @@ class OpenFile final : public OpenWorkbook {
 
  private:
   TemporaryFolder profile_;
+  WrittenProfile written_;
   HiddenDocument document_;
   Table table_;
 };

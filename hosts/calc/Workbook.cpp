@@ -1,5 +1,6 @@
 #include "hosts/calc/Workbook.h"
 
+#include <algorithm>
 #include <cmath>
 #include <com/sun/star/beans/XPropertySet.hpp>
 #include <com/sun/star/container/NoSuchElementException.hpp>
@@ -47,6 +48,9 @@ struct Address {
     }
     const std::size_t end = text.find_last_of(".!");
     if (end != std::string_view::npos) sheet = text.substr(0, end);
+    // Calc takes the first quotation mark of what is typed for the sign of a text. No name ends in
+    // one.
+    if (sheet.ends_with('\'')) sheet.pop_back();
     cells = text.substr(end + 1);
   }
 };
@@ -101,6 +105,15 @@ std::string textOf(const Reference<XCell>& cell) {
 std::string absoluteName(const Reference<XCell>& cell) {
   const Reference<css::beans::XPropertySet> properties(cell, UNO_QUERY_THROW);
   return utf8(properties->getPropertyValue("AbsoluteName").get<rtl::OUString>());
+}
+
+/// A cell's name for people: 'My costs'.B7.
+std::string shortName(const Reference<XCell>& cell) {
+  std::string name = absoluteName(cell);
+  const std::size_t address = name.rfind('.') + 1;
+  name.erase(std::remove(name.begin() + static_cast<std::ptrdiff_t>(address), name.end(), '$'),
+             name.end());
+  return name.substr(name.starts_with('$') ? 1 : 0);
 }
 
 /// Does what asks the office; whatever it refuses is a fault.
@@ -225,8 +238,8 @@ void Workbook::checkInputsDiffer() const {
     const simulation::Row& row = model_.rows()[input];
     const auto [other, isNew] = taken.emplace(absoluteName(rows_[input]), row.place);
     if (!isNew)
-      throw Fault(row.place + ": Cell: '" + row.cell + "' receives the draw of " + other->second +
-                  ", too.");
+      throw Fault(row.place + ": Cell: " + shortName(rows_[input]) + " receives the draw of " +
+                  other->second + ", too.");
   }
 }
 
@@ -250,7 +263,7 @@ void Workbook::put(std::size_t row, double value) {
 double Workbook::read(std::size_t cell) {
   return asking([&] {
     calculate();
-    return number(parameters_[cell], model_.cells()[cell].substr(1));
+    return number(parameters_[cell]);
   });
 }
 
@@ -258,7 +271,7 @@ double Workbook::result(std::size_t row) {
   return asking([&] {
     calculate();
     try {
-      return number(rows_[row], model_.rows()[row].cell);
+      return number(rows_[row]);
     } catch (const Fault& fault) {
       std::string text = fault.what();
       for (const std::size_t input : model_.inputs()) {
@@ -276,13 +289,13 @@ void Workbook::calculate() {
   open_ = false;
 }
 
-double Workbook::number(const Cell& cell, const std::string& name) const {
-  if (cell->getError() != 0) throw Fault(name + " shows " + textOf(cell) + '.');
+double Workbook::number(const Cell& cell) {
+  if (cell->getError() != 0) throw Fault(shortName(cell) + " shows " + textOf(cell));
   const double value = cell->getValue();
   if (value != 0) return value;
   // A text's value is 0, too.
   const Variant content = contentOf(cell);
-  if (content.isText()) throw Fault(name + " holds the text '" + content.toText() + "'.");
+  if (content.isText()) throw Fault(shortName(cell) + " holds the text '" + content.toText() + "'");
   return value;
 }
 

@@ -64,7 +64,7 @@ class Workbook final : public simulation::Workbook {
  private:
   using Cell = css::uno::Reference<css::table::XCell>;
 
-  [[nodiscard]] double number(const Cell& cell, const std::string& name) const;
+  [[nodiscard]] static double number(const Cell& cell);
   void checkInputsDiffer() const;
   void calculate();
 
