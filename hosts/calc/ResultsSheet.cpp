@@ -7,12 +7,15 @@
 #include <com/sun/star/awt/Rectangle.hpp>
 #include <com/sun/star/beans/XPropertySet.hpp>
 #include <com/sun/star/chart/ChartAxisLabelPosition.hpp>
+#include <com/sun/star/chart/ChartLegendPosition.hpp>
+#include <com/sun/star/chart/X3DDisplay.hpp>
 #include <com/sun/star/chart/XAxisXSupplier.hpp>
 #include <com/sun/star/chart/XAxisYSupplier.hpp>
 #include <com/sun/star/chart/XChartDocument.hpp>
 #include <com/sun/star/container/XNamed.hpp>
 #include <com/sun/star/document/XEmbeddedObjectSupplier.hpp>
 #include <com/sun/star/document/XUndoManagerSupplier.hpp>
+#include <com/sun/star/drawing/FillStyle.hpp>
 #include <com/sun/star/lang/XMultiServiceFactory.hpp>
 #include <com/sun/star/sheet/CellFlags.hpp>
 #include <com/sun/star/sheet/XCellRangeAddressable.hpp>
@@ -126,6 +129,8 @@ Reference<XChartDocument> addChart(const Reference<XSpreadsheet>& sheet, const s
       factory->createInstance(rtl::OUString::createFromAscii(diagram)), UNO_QUERY_THROW));
   set(document, "HasMainTitle", Any(true));
   set(document->getTitle(), "String", cell(title));
+  if (const Reference<css::chart::X3DDisplay> walls(document->getDiagram(), UNO_QUERY); walls.is())
+    set(walls->getWall(), "FillStyle", Any(css::drawing::FillStyle_NONE));
   return document;
 }
 
@@ -195,6 +200,8 @@ void addTornado(const Reference<XSpreadsheet>& sheet, const Place& place,
   const auto chart = addChart(sheet, "Tornado: " + result.name, place, cells,
                               "com.sun.star.chart.BarDiagram", true);
   const auto diagram = chart->getDiagram();
+  set(chart, "HasLegend", Any(true));
+  set(chart->getLegend(), "Alignment", Any(css::chart::ChartLegendPosition_BOTTOM));
   set(diagram, "Vertical", Any(true));
   set(diagram->getDataRowProperties(0), "FillColor", Any(blue));
   set(diagram->getDataRowProperties(1), "FillColor", Any(orange));

@@ -20,12 +20,13 @@ def properties(**values):
 
 
 class Office:
-    def __init__(self, extension=True):
+    def __init__(self, window=False):
         self.folder = tempfile.mkdtemp(prefix="palvex-office-")
         pipe = "palvex" + uuid.uuid4().hex
-        bundled = os.path.join(BUILD, "hosts/calc/extension" if extension else "no-extension")
+        bundled = os.path.join(BUILD, "hosts/calc/extension")
         self.command = [
-            "setpriv", "--pdeathsig", "KILL", PROGRAM, "--headless", "--norestore", "--nologo", "--nodefault",
+            "setpriv", "--pdeathsig", "KILL", PROGRAM, *([] if window else ["--headless"]),
+            "--norestore", "--nologo", "--nodefault",
             f"-env:UserInstallation=file://{self.folder}/profile",
             f"-env:BUNDLED_EXTENSIONS=file://{bundled}",
             f"--accept=pipe,name={pipe};urp;",
