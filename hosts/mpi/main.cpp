@@ -82,6 +82,7 @@ simulation::Results workForAnother(const simulation::Model& model,
 /// The first process: a program as at the terminal, helped by the others.
 terminal::ExitCode lead(int argc, char** argv, int processes) {
   terminal::Role role;
+  role.alone = false;
   role.simulate = [processes](const simulation::Model& model, const simulation::Settings& settings,
                               simulation::RunOptions options) {
     if (options.threads == 0) options.threads = 1;  // a process for each core
@@ -100,7 +101,7 @@ void follow(int argc, char** argv) {
   static_cast<void>(std::freopen("/dev/null", "w", stdout));
   static_cast<void>(std::freopen("/dev/null", "w", stderr));
   try {
-    static_cast<void>(terminal::runProgram(argc, argv, {workForAnother, false}));
+    static_cast<void>(terminal::runProgram(argc, argv, {workForAnother, false, false}));
     // It came to no simulation here; the first process learns it if it asks for a block.
     serve([](const Task&) -> Block {
       throw std::runtime_error("does not find the same table and options as the first process");

@@ -14,6 +14,7 @@ struct Role {
                                     const simulation::RunOptions&)>
       simulate = simulation::run;
   bool writes = true;  // files; otherwise `simulate` never returns
+  bool alone = true;   // whether `simulate` works out all trials here, in their order
 };
 
 /// The engine on the command line. The worksheet is a CSV file, the random numbers are the

@@ -322,6 +322,9 @@ void simulate(const SimulateOptions& options, const Role& role) {
   refuseToWriteOver(options.reportFile, options.file);
   refuseToWriteOver(options.reportFile, options.correlationsFile);
 
+  if (!options.jobs.empty() && !role.alone) {
+    throw UsageError("--jobs: the processes of MPI share the trials already");
+  }
   const bool helping = isHelper();
   std::optional<WorkbookRun> workbook;
   if (isWorkbook(options.file)) {
