@@ -22,7 +22,9 @@ double Gamma::standardDensity(double x) const noexcept {
   if (!(shape_ > 0 && scale_ > 0 && x >= minimum_)) return 0;
   const double z = (x - minimum_) / scale_;
   if (z == 0) return shape_ < 1 ? std::numeric_limits<double>::infinity() : shape_ == 1;
-  return std::isinf(z) ? 0 : prepared_.power(z) / z;
+  // Beyond the doubles, or so near to 0 that the power is none.
+  if (std::isinf(z) || (shape_ > 2 && z / shape_ == 0)) return 0;
+  return prepared_.power(z) / z;
 }
 
 double Gamma::density(double x) const noexcept {
@@ -34,6 +36,7 @@ double Gamma::logDensity(double x) const noexcept {
   const bool inside = x > minimum_ && std::isfinite(x);
   if (!inside || std::isnormal(direct)) return std::log(direct);
   const double z = (x - minimum_) / scale_;
+  if (std::isinf(z)) return -infinity;
   return (shape_ - 1) * std::log(z) - z - std::lgamma(shape_) - std::log(scale_);
 }
 

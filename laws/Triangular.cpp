@@ -44,9 +44,9 @@ double Triangular::density(double x) const noexcept {
 double Triangular::logDensity(double x) const noexcept {
   if (minimum_ == maximum_) return x == minimum_ ? 0 : -infinity;
   if (!(minimum_ <= x && x <= maximum_)) return -infinity;
-  const double share = x >= likely_ && likely_ != maximum_ ? extent_.above(x) / shareAbove_
-                                                           : extent_.below(x) / shareBelow_;
-  return std::log(share) - std::log(extent_.width / 2) - std::log(extent_.unit);
+  const bool isAbove = x >= likely_ && likely_ != maximum_;
+  return std::log(isAbove ? partAbove(x) : partBelow(x)) - std::log(extent_.width / 2) -
+         std::log(extent_.unit);
 }
 
 Tails Triangular::tails(double x) const noexcept {
@@ -57,10 +57,10 @@ Tails Triangular::tails(double x) const noexcept {
   // Each side's own tail is a square; the other is the rest of the triangle and the other side.
   if (x < likely_) {
     const double toLikely = (likely_ * extent_.scale - x * extent_.scale) / extent_.width;
-    return {below * (below / shareBelow_), shareAbove_ + toLikely * (1 + below / shareBelow_)};
+    return {below * partBelow(x), shareAbove_ + toLikely * (1 + partBelow(x))};
   }
   const double fromLikely = (x * extent_.scale - likely_ * extent_.scale) / extent_.width;
-  return {shareBelow_ + fromLikely * (1 + above / shareAbove_), above * (above / shareAbove_)};
+  return {shareBelow_ + fromLikely * (1 + partAbove(x)), above * partAbove(x)};
 }
 
 Moments Triangular::moments(const Limits& limits) const {

@@ -36,7 +36,7 @@ class Triangular {
   [[nodiscard]] double quantile(double p, double q) const noexcept {
     // Of the side's own probability the part u lies beyond the value and t towards `likely`. The
     // value is counted from the nearer of the side's ends.
-    const bool isBelow = p <= shareBelow_;
+    const bool isBelow = p < shareBelow_ || shareAbove_ == 0;
     const double share = isBelow ? shareBelow_ : shareAbove_;
     const double u = (isBelow ? p : q) / share;
     const double t = ((isBelow ? q : p) - (isBelow ? shareAbove_ : shareBelow_)) / share;
@@ -55,6 +55,14 @@ class Triangular {
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:
+  /// How far x is from the outer end of its side, as a part of the side.
+  [[nodiscard]] double partBelow(double x) const noexcept {
+    return (x * extent_.scale - extent_.lower) / (likely_ * extent_.scale - extent_.lower);
+  }
+  [[nodiscard]] double partAbove(double x) const noexcept {
+    return (extent_.upper - x * extent_.scale) / (extent_.upper - likely_ * extent_.scale);
+  }
+
   [[nodiscard]] Triangular half() const { return {minimum_ / 2, likely_ / 2, maximum_ / 2}; }
 
   double minimum_;

@@ -30,8 +30,10 @@ double Weibull::density(double x) const noexcept {
 double Weibull::logDensity(double x) const noexcept {
   if (x < minimum_) return -infinity;
   const double z = (x - minimum_) / scale_;
+  const double power = std::pow(z, shape_);
+  if (std::isinf(power)) return -infinity;
   const double logPower = shape_ == 1 ? 0 : (shape_ - 1) * std::log(z);
-  return logPower + std::log(shape_) - std::log(scale_) - std::pow(z, shape_);
+  return logPower + std::log(shape_) - std::log(scale_) - power;
 }
 
 std::optional<Moments> Weibull::moments(const Limits& limits) const {

@@ -97,6 +97,7 @@ std::vector<Law> manyLaws() {
           Law::triangular(0, 0, 1),
           Law::triangular(-1, 4, 4),
           Law::triangular(1, 1.5, 7),
+          Law::triangular(0, 1e-300, 1e200),
           Law::lognormal(1, 2, -3),
           Law::lognormal(0, 20),
           Law::exponential(3, 1),
@@ -166,7 +167,8 @@ TEST(Law, QuantilesRoundTripRiseAndStayInside) {
         EXPECT_NEAR(law.probability(x) + law.exceedance(x), 1, 1e-13) << what << ' ' << p;
         EXPECT_GE(law.density(x), 0) << what << ' ' << p;
       }
-      for (const double x : {-infinity, support.lower, 0.0, support.upper, infinity}) {
+      for (const double x :
+           {-infinity, support.lower, 0.0, 1e-310, support.upper, 1e308, infinity}) {
         for (const double answer : {law.density(x), law.logDensity(x), law.probability(x)}) {
           EXPECT_FALSE(std::isnan(answer)) << what << ' ' << x;
         }
@@ -328,6 +330,16 @@ TEST(Law, LimitsAndPointMasses) {
   EXPECT_EQ(gap.between(1.5, {}).support().lower, 2);
   EXPECT_EQ(makeLaw("LognormalMean", std::array<Variant, 2>{"5", 2}).type(), "LognormalMean");
   EXPECT_NEAR(Law::lognormalMean(5, 2, 1).sd(), 2, 1e-14);
+}
+
+TEST(Law, QuantilesOfTheSmallestTails) {
+  for (const Law& law :
+       {Law::normal(0, 1), Law::lognormal(0, 1), Law::exponential(2), Law::weibull(3, 1),
+        Law::gamma(0.01, 1), Law::gamma(50, 1), Law::gamma(1e4, 1), Law::johnson(0, 1, 0.5, 4)}) {
+    for (const double q : {1e-250, 1e-300, 1e-305}) {
+      EXPECT_NEAR(law.exceedance(law.upperQuantile(q)), q, 1e-12 * q) << law.type();
+    }
+  }
 }
 
 TEST(Law, DrawsWithTheStandardGenerators) {
