@@ -59,7 +59,7 @@ double Beta::standardDensity(double x) const noexcept {
   if (v == 0) return atEnd(beta_, alpha_);
   const double power =
       inverse_ ? inverse_->ratio().power(u, v) : m_Beta::IncompleteBeta(alpha_, beta_).power(u, v);
-  return power / u / v;
+  return power > 0 ? power / u / v : 0;  // the power of the largest shapes may be undefined
 }
 
 double Beta::density(double x) const noexcept {
