@@ -255,6 +255,7 @@ TEST(Integration, KnownIntegrals) {
       {"kink", [](double x) { return std::abs(x - 0.3); }, {0, 1}, 0.29},
       {"root at the end", [](double x) { return std::sqrt(x); }, {0, 1}, 2.0 / 3},
       {"singular end", [](double x) { return 1 / std::sqrt(x); }, {0, 1}, 2},
+      {"step", [](double x) { return x < 0.3 ? 0.0 : 1.0; }, {0, 1}, 0.7},
       {"nothing", [](double) { return 0.0; }, {0, 1}, 0},
       {"minute", [](double x) { return 1e-300 * x; }, {0, 1}, 5e-301},
       {"a pole", [](double x) { return 1 / (x - 0.3); }, {0, 1}, HUGE_VAL},
