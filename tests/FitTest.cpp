@@ -233,6 +233,8 @@ TEST(HistogramFit, RawDataChooseTheNumberOfBins) {
   EXPECT_EQ(bins(), 8);  // Sturges; the other rule has 5
   values.emplace_back(1000);
   EXPECT_EQ(bins(), 47);  // Freedman and Diaconis: 1000 / (2 50 / 101^(1/3)) = 46.6
+  values.erase(values.begin() + 99);
+  EXPECT_EQ(bins(), 47);  // quartiles between two values: 1000 / (2 49.5 / 100^(1/3)) = 46.9
   values.emplace_back(1e9);
   EXPECT_EQ(bins(), 1000);
   values.assign(100, 5);
