@@ -72,7 +72,7 @@ class TableReader {
     std::vector<std::string> others;
     for (std::int32_t column = 1; column <= sheet_.columns(); ++column) {
       const std::string title = cellText(sheet_.at(row, column));
-      const auto known =
+      const auto* const known =
           std::find_if(columnNames.begin(), columnNames.end(),
                        [&](const auto& name) { return folded(name) == folded(title); });
       if (known == columnNames.end()) {
@@ -105,7 +105,8 @@ class TableReader {
 
   void readRow(std::int32_t row) {
     const std::string rowName = text(row, name);
-    place_ = "Row " + std::to_string(row) + (rowName.empty() ? "" : ", " + rowName);
+    place_ = "Row " + std::to_string(row);
+    if (!rowName.empty()) place_.append(", ").append(rowName);
     const bool hasType = !text(row, type).empty();
     const bool hasFormula = !text(row, formula).empty();
     if (hasType && hasFormula) fail("a row has a type or a formula, not both.");
