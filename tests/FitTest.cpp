@@ -295,6 +295,11 @@ TEST(HistogramFit, RandomDataHoldTheIdentities) {
       before = cumulative;
     }
     EXPECT_NEAR(area, 1, 1e-13);
+    const laws::Histogram law(density);
+    for (const auto& [lower, upper, cumulative] : bins) {
+      EXPECT_NEAR(law.tails(upper).lower, cumulative, 1e-13);
+      EXPECT_NEAR(law.tails(lower).upper, 1 - m_Histogram::HistogramCDF(lower, bins), 1e-13);
+    }
     const double least = m_Histogram::HistogramINV(0, bins);
     const double width = m_Histogram::HistogramINV(1, bins) - least;
     for (int i = 0; i < 50; ++i) {
@@ -302,7 +307,7 @@ TEST(HistogramFit, RandomDataHoldTheIdentities) {
       EXPECT_NEAR(m_Histogram::HistogramCDF(m_Histogram::HistogramINV(p, bins), bins), p, 1e-11);
       const double a = least + width * uniform(random);
       const double b = least + width * uniform(random);
-      if (a == b || laws::Histogram(density).keepsNothing({a, b})) continue;
+      if (a == b || law.keepsNothing({a, b})) continue;
       const double drawn = m_Histogram::HistogramVAL(p, bins, a, b);
       const bool below = drawn <= b + 1e-13 * width;
       const bool above = drawn >= a - 1e-13 * width;
