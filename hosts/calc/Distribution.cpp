@@ -147,7 +147,7 @@ constexpr Member assignmentOf(const char* name) {
   });
 }
 
-template <double (c_Distribution::*bound)(double)>
+template <auto bound>
 constexpr Member plotBound(const char* name) {
   return method(name, 1, [](Owner& d, Arguments& given) {
     // The engine's own default stands for a number of standard deviations that was left out.
