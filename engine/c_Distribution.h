@@ -27,6 +27,15 @@ namespace palvex {
 /// as often as wanted. With Dynamic false these work on the values of the last ParamsOK, allocate
 /// nothing and ask the host nothing; with Dynamic true they read the live values at every call.
 ///
+/// Before the first ParamsOK, Dynamic being false, every parameter is 0 and there are no limits:
+/// members answer for that, a Normal with 0 for every draw, say. After a ParamsOK that answered
+/// false, the values are those of the checks that it passed, and may be partly new: do not evaluate
+/// then. A new distType keeps the values of the old one until the next ParamsOK. A Johnson curve or
+/// a histogram is that of the last ParamsOK that got so far, also with Dynamic true, where only the
+/// limits are live. `law` refuses in all these states.
+///
+/// A copy is a distribution of its own, but ranges are the host's objects, which both refer to.
+///
 /// The computing members raise RuntimeError. Distinct objects may be used on distinct threads at
 /// once.
 class c_Distribution {

@@ -6,16 +6,15 @@
 #include <cmath>
 
 #include "families/m_Normal.h"
+#include "numerics/PublishedConstants.h"
 #include "numerics/m_MathUtil.h"
 
 namespace palvex::m_Johnson {
 
 namespace {
 
-constexpr double twoPi = 6.28318530717958;
-
 double normalDensity(double t, Line line = Line::here()) {
-  return Exp(-checked(t * t, line) / 2, line) / std::sqrt(twoPi);
+  return Exp(-checked(t * t, line) / 2, line) / std::sqrt(published::twoPi);
 }
 
 }  // namespace
@@ -153,6 +152,7 @@ void SNV(double x, std::int16_t typeCode, double gamma, double delta, double lam
     }
     case 2: {
       double w = Divide(x - xi, lambda);
+      // Far below, sqrt(w^2 + 1) + w would cancel; there it is -1/(2 w) to four digits.
       w = w <= -63 ? -0.5 / w : std::sqrt(checked(w * w) + 1) + w;
       result = checked(Log(w) * delta + gamma);
       break;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "families/m_Johnson.h"
+#include "numerics/PublishedConstants.h"
 #include "numerics/m_MathUtil.h"
 
 namespace palvex::m_Johnson {
@@ -240,7 +241,7 @@ Change change(const RawMoments& now, const RawMoments& before, double limit) {
 /// The sums of the trapezoidal series for one step width h, outwards from its middle w = g / d.
 /// Ends with `some` when the series is not exhausted after the permitted number of terms.
 Change trapezoidalSums(double w, double d, double h, RawMoments& a) {
-  constexpr int mostTerms = 10000;
+  constexpr int mostTerms = 10000;  // far beyond the dozens that a series takes: it must only end
   constexpr double innerTolerance = 1.0e-8;
   constexpr double negligible = 23.7;  // 1 + exp(-23.7) is taken as 1
   const double step = Divide(std::numbers::sqrt2, d) * h;
@@ -284,11 +285,11 @@ Change trapezoidalSums(double w, double d, double h, RawMoments& a) {
 }  // namespace
 
 void SBMOM(double g, double d, RawMoments& mu, Boolean& sbFault, std::string& message) {
-  // The published limits are 80 for the exponent and 500 for the loops.
+  // The published limits, 80 for the exponent and 500 for the loops, fit a machine of its time. A
+  // double holds exp(700), and the loops' limits are only there so that they end.
   constexpr double greatestExponent = 700;
   constexpr int mostHalvings = 10000;
   constexpr double outerTolerance = 1.0e-5;
-  constexpr double inverseRootPi = 0.5641895835;
   const auto fail = [&](const char* reason) {
     sbFault = true;
     message = reason;
@@ -309,7 +310,7 @@ void SBMOM(double g, double d, RawMoments& mu, Boolean& sbFault, std::string& me
       case Change::none:
         break;
     }
-    for (std::size_t i = 1; i <= 6; ++i) mu[i] *= inverseRootPi * h;
+    for (std::size_t i = 1; i <= 6; ++i) mu[i] *= published::inverseRootPiToTenDigits * h;
     switch (change(mu, before, outerTolerance)) {
       case Change::vanished:
         return fail(zeroMoment);

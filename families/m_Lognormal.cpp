@@ -4,13 +4,12 @@
 #include <cmath>
 
 #include "families/m_Normal.h"
+#include "numerics/PublishedConstants.h"
 #include "runtime/NumericText.h"
 
 namespace palvex::m_Lognormal {
 
 namespace {
-
-constexpr double twoPi = 6.28318530717958;
 
 std::string callRecord(double x, double location, double scale, double minimum, Boolean upper) {
   return "lnCDF: (" + numberText(x) + "," + numberText(location) + "," + numberText(scale) + "," +
@@ -26,7 +25,7 @@ double density(double x, double location, double scale, double minimum, const Li
   if (limits.cut(x)) return 0;
   const double deviation = Log(x - minimum) - location;
   const double exponent = Divide(deviation * deviation, checked(-2 * (scale * scale)));
-  return Divide(Exp(exponent), checked((x - minimum) * scale * std::sqrt(twoPi)));
+  return Divide(Exp(exponent), checked((x - minimum) * scale * std::sqrt(published::twoPi)));
 } catch (RuntimeError& error) {
   error.leave("m_Lognormal.LognormalPDF", caller);
 }

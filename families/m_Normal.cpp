@@ -5,20 +5,16 @@
 #include <cmath>
 
 #include "numerics/Polynomial.h"
+#include "numerics/PublishedConstants.h"
 
 namespace palvex::m_Normal {
-
-namespace {
-
-constexpr double twoPi = 6.28318530717958;
-
-}  // namespace
 
 double density(double x, double mean, double sd, const Limits& limits, Line caller) try {
   if (limits.cut(x)) return 0;
   if (sd <= 0) return x == mean ? 1 : 0;
   const double square = checked((x - mean) * (x - mean));
-  return checked(Exp(-Divide(square, checked(2 * (sd * sd)))) * 1 / (std::sqrt(twoPi) * sd));
+  return checked(Exp(-Divide(square, checked(2 * (sd * sd)))) * 1 /
+                 (std::sqrt(published::twoPi) * sd));
 } catch (RuntimeError& error) {
   error.leave("m_Normal.NormalPDF", caller);
 }
@@ -37,10 +33,9 @@ double NormalCDF(double x, Boolean upper, Line caller) try {
   constexpr std::array q{1.28426009614491, 0.468238212480865, 0.0659881378689286,
                          0.00378239633202758, 7.29751555083966E-05};
   constexpr double halfEpsilon = 1.11022302462516E-16;
-  constexpr double inverseRootTwoPi = 0.398942280401433;
 
   const double y = std::abs(x);
-  if (y <= 0.66291) {
+  if (y <= 0.66291) {  // about the quartile 0.67449: the border of the published approximation
     const double square = y > halfEpsilon ? x * x : 0;
     double numerator = a[4] * square;
     double denominator = square;
@@ -53,7 +48,7 @@ double NormalCDF(double x, Boolean upper, Line caller) try {
   }
 
   const bool isLargerTail = upper ? x < 0 : x > 0;
-  if (!(y < 40)) {
+  if (!(y < 40)) {  // exp(-40^2/2) = 10^-347 is below the smallest double
     if (std::isnan(x)) raise(fault::overflow);
     return isLargerTail ? 1 : 0;
   }
@@ -65,7 +60,7 @@ double NormalCDF(double x, Boolean upper, Line caller) try {
     return std::exp(-sixteenths * sixteenths * 0.5) * std::exp(-rest * 0.5);
   };
   double tail = 0;
-  if (y <= 5.656854248) {
+  if (y <= 5.656854248) {  // sqrt(32), the border between the two forms of the tail
     double numerator = c[8] * y;
     double denominator = y;
     for (std::size_t i = 0; i < 7; ++i) {
@@ -82,7 +77,7 @@ double NormalCDF(double x, Boolean upper, Line caller) try {
       denominator = (denominator + q[i]) * square;
     }
     const double part = square * (numerator + p[4]) / (denominator + q[4]);
-    tail = bell(x) * ((inverseRootTwoPi - part) / y);
+    tail = bell(x) * ((published::inverseRootTwoPi - part) / y);
   }
   return isLargerTail ? 1 - tail : tail;
 } catch (RuntimeError& error) {
@@ -121,7 +116,7 @@ bool isCentral(double q) {
 }
 
 /// Size of the deviate beyond which lies the probability `tail` <= 0.075. A function of its own, so
-/// that the common draw between the tails has nothing to save before a call.
+/// that the registers which its calls need are not saved for the common draw between the tails.
 [[gnu::noinline]] double tailDeviate(double tail, Line line = Line::here()) {
   constexpr std::array c{1.42343711074968,   4.63033784615655,    5.76949722146069,
                          3.6478483247632,    1.27045825245237,    0.241780725177451,
@@ -182,8 +177,7 @@ namespace {
 }  // namespace
 
 double value(double p, double mean, double sd, const Band& band, Line caller) {
-  // Most draws lie between the tails of one band, where no call is made that something would have
-  // to be saved for, and none is needed for a trap.
+  // Most draws lie between the tails of one band: nothing is called there, and nothing can fail.
   if (sd != 0 && !band.wrapped) {
     const double q = band.probability(p) - 0.5;
     const double x = centralDeviate(q) * sd + mean;

@@ -48,7 +48,8 @@ double TriangularINV(double p, double minimum, double likely, double maximum, Li
   const double shareBelowLikely = Divide(likely - minimum, width);
   if (p <= 0) return minimum;
   if (p > 1) return maximum;
-  // An index in place of a branch: which side a draw falls on is not to be predicted.
+  // An index in place of a branch: a processor can not predict which side a random draw falls on,
+  // and a branch foretold wrongly costs more than the whole formula.
   struct Side {
     double end, tail, width, sign;
   };

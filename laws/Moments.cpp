@@ -30,8 +30,8 @@ double firstStep(const std::function<double(double)>& logDensity, double end) {
   return near;
 }
 
-/// The integral of |distance|^order times the density, as the walk sees it: the logarithms of the
-/// largest integrands of each order.
+/// Of the integrals of |distance|^order times the density: the logarithm of the largest integrand
+/// met so far, for each order.
 using Peaks = std::array<double, 3>;
 
 /// Adds the breaks step, 2 step, 4 step.. towards `end`, up to where the integrands of all orders
@@ -317,7 +317,7 @@ class PieceIntegrals {
 
 Piece integratedPiece(const Point& anchor, const Interval& t, const Scale& scale,
                       const std::function<double(double)>& logDensity, double logAtAnchor) {
-  // No width of an interval makes up for a density as small as this.
+  // The width of an interval is below exp(710), so that nothing makes up for such a density.
   if (logAtAnchor < -1500) return {-infinity, {0, 0}, 0};
   double step = scale.length();
   if (t.lower < 0) step = std::min(step, firstStep(logDensity, t.lower));

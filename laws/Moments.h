@@ -17,8 +17,8 @@
 /// densities and tails are taken relative to an anchor inside the kept interval, so that nothing
 /// cancels.
 ///
-/// These routines have no trap. Errors: 11 when what the limits keep has no probability in double
-/// precision, 6 for a result beyond the double range.
+/// These routines add no line to the trace of an error. Errors: 11 when what the limits keep has no
+/// probability in double precision, 6 for a result beyond the double range.
 namespace palvex::laws {
 
 struct Moments {

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "numerics/Polynomial.h"
+#include "numerics/PublishedConstants.h"
 #include "numerics/m_GammaRatio.h"
 #include "numerics/m_MathUtil.h"
 #include "runtime/Arithmetic.h"
@@ -11,8 +12,6 @@
 namespace palvex::m_Gamma {
 
 namespace {
-
-constexpr double halfLogTwoPiLessHalf = 0.418938533204673;  // (ln(2 pi) - 1)/2
 
 /// gamma(1 + x), approximated for 0 <= x <= 1.
 double gammaOfOnePlus(double x) noexcept {
@@ -68,18 +67,17 @@ double gammaByRecurrence(double a) {
 double gammaByStirling(double a) {
   constexpr std::array r{0.0833333333333333, -0.00277777777770481, 7.93650663183693E-4,
                          -5.95156336428591E-4, 8.20756370353826E-4};
-  constexpr double pi = 3.1415926535898;
   const double x = std::abs(a);
   double reflection = 0;
   if (a < 0) {
     const double nearest = std::nearbyint(x);
-    reflection = std::sin(pi * (x - nearest)) / pi;
+    reflection = std::sin(published::pi * (x - nearest)) / published::pi;
     if (std::fmod(nearest, 2) == 0) reflection = -reflection;
     if (reflection == 0) return 0;
   }
   const double t = 1 / (x * x);
   const double logarithm =
-      (halfLogTwoPiLessHalf + polynomial(r, t) / x) + (x - 0.5) * (std::log(x) - 1);
+      (published::halfLogTwoPiLessHalf + polynomial(r, t) / x) + (x - 0.5) * (std::log(x) - 1);
   if (logarithm > 0.99999 * m_MathUtil::exparg(0)) return 0;
   const double value = std::exp(logarithm);
   return a < 0 ? (1 / (value * reflection)) / x : value;
@@ -114,7 +112,8 @@ double gamln(double a, Line caller) try {
     return gamln1(t - 1) + std::log(product);
   }
   const double t = (1 / a) * (1 / a);
-  return checked((halfLogTwoPiLessHalf + polynomial(c, t) / a) + (a - 0.5) * (std::log(a) - 1));
+  return checked((published::halfLogTwoPiLessHalf + polynomial(c, t) / a) +
+                 (a - 0.5) * (std::log(a) - 1));
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.gamln", caller);
 }
@@ -171,7 +170,6 @@ double gam1(double a, Line caller) try {
 }
 
 double rcomp(double a, double x, Line caller) try {
-  constexpr double inverseRootTwoPi = 0.398942280401433;
   if (a < 20) {
     const double t = checked(a * Log(x) - x);
     if (a < 1) return checked((a * std::exp(t)) * (1 + gam1(a)));
@@ -182,7 +180,7 @@ double rcomp(double a, double x, Line caller) try {
   const double t = (1 / a) * (1 / a);
   const double correction = (((0.75 * t - 1) * t + 3.5) * t - 105) / (a * 1260);
   const double logarithm = correction - checked(a * m_MathUtil::rlog(u));
-  return inverseRootTwoPi * std::sqrt(a) * std::exp(logarithm);
+  return published::inverseRootTwoPi * std::sqrt(a) * std::exp(logarithm);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.rcomp", caller);
 }

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "numerics/Polynomial.h"
+#include "numerics/PublishedConstants.h"
 #include "runtime/Arithmetic.h"
 
 namespace palvex::m_MathUtil {
@@ -24,7 +25,6 @@ constexpr double rlogAtSevenTenths = 0.0566749439387324;
 constexpr double rlogAtFourThirds = 0.0456512608815524;
 
 // Cody's rational approximations, in powers of x^2, |x| and 1/x^2.
-constexpr double inverseRootPi = 0.564189583547756;
 
 double erfNear(double t) noexcept {
   constexpr std::array a{0.128379167095513, 0.0479137145607681, 0.0323076579225834,
@@ -47,7 +47,7 @@ double scaledErfcFar(double x) noexcept {
                          2.10144126479064};
   constexpr std::array s{1.0, 18.0124575948747, 99.0191814623914, 187.11481179959, 94.153775055546};
   const double t = (1 / x) * (1 / x);
-  return (inverseRootPi - t * polynomial(r, t) / polynomial(s, t)) / std::abs(x);
+  return (published::inverseRootPi - t * polynomial(r, t) / polynomial(s, t)) / std::abs(x);
 }
 
 }  // namespace
@@ -78,9 +78,8 @@ double spmpar(std::int16_t i) {
 }
 
 double exparg(std::int32_t l) {
-  constexpr double lnBase = 0.69314718055995;
   const std::int32_t exponent = l == 0 ? ipmpar(10) : ipmpar(9) - 1;
-  return (exponent * lnBase) * 0.99999;
+  return (exponent * published::ln2) * 0.99999;
 }
 
 double rlog(double x, Line caller) try {
