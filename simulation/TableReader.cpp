@@ -97,10 +97,14 @@ class TableReader {
     for (std::size_t i = 0; i < columnCount; ++i) {
       const std::size_t most = columns_[i] == 0 ? 2 : 1;
       if (!title.empty() && lettersAway(title, columnNames[i]) <= most) {
-        throw Fault(place + "there is no column '" + title + "'; did you mean " + columnNames[i] +
-                    '?');
+        refuseColumn(place, title, columnNames[i]);
       }
     }
+  }
+
+  [[noreturn]] static void refuseColumn(const std::string& place, const std::string& title,
+                                        const std::string& meant) {
+    throw Fault(place + "there is no column '" + title + "'; did you mean " + meant + '?');
   }
 
   void readRow(std::int32_t row) {

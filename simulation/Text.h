@@ -18,7 +18,7 @@ namespace palvex::simulation {
 
 /// How many letters are to be inserted, left out, replaced or swapped with their neighbour to make
 /// one text of the other (Damerau, optimal string alignment), without regard to letter case.
-[[nodiscard]] std::size_t lettersAway(std::string_view a, std::string_view b);
+[[nodiscard]] std::size_t lettersAway(std::string_view first, std::string_view second);
 
 /// The name that `text` was probably meant to be: the nearest one, if it is near.
 [[nodiscard]] std::optional<std::string> nearest(std::string_view text,
