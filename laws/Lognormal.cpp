@@ -76,7 +76,8 @@ std::optional<Moments> Lognormal::moments(const Limits& limits) const {
 
 Moments Lognormal::integratedMoments(const Limits& limits) const {
   const double median = std::exp(location_);
-  constexpr double smallest = std::numeric_limits<double>::min();  // in place of a median that underflows
+  constexpr double smallest =
+      std::numeric_limits<double>::min();  // in place of a median that underflows
   Mixture kept;
   for (const Interval& x : KeptIntervals(limits, minimum_, infinity)) {
     const Anchor anchor = anchorAt(std::max(median, smallest), minimum_, x);

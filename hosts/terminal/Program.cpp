@@ -61,8 +61,8 @@ void build(CLI::App& program, bool& trace, const Role& role) {
       "Exit code: 0 good; 1 the distribution is at fault, or an evaluation failed; 2 a wrong\n"
       "option, file or reference; 3 the results could not be written; 130 ended by Ctrl-C.");
   program.fallthrough();
-  for (const auto add : {addDemo, addTypes, addCheck, addEval, addQuantile, addDescribe, addDraw,
-                         addGuess, addPlot})
+  for (const auto add :
+       {addDemo, addTypes, addCheck, addEval, addQuantile, addDescribe, addDraw, addGuess, addPlot})
     add(program);
   addSimulate(program, role);
 }
