@@ -19,7 +19,8 @@ Boolean c_Distribution::IsRange(const Variant& v) noexcept {
 
 double c_Distribution::liveParameter(const Variant& parameter, Line caller) {
   if (parameter.isNumeric()) return parameter.toDouble();
-  const Variant held = parameter;  // the host may change its own while it answers
+  // A copy: the host may change its own while it answers.
+  const Variant held = parameter;  // NOLINT(performance-unnecessary-copy-initialization)
   if (IsRange(held)) {
     const Variant cell = held.toObject(caller)->get("Value", {}, caller);
     if (cell.isNumeric()) return cell.toDouble();
@@ -28,7 +29,7 @@ double c_Distribution::liveParameter(const Variant& parameter, Line caller) {
 }
 
 Variant c_Distribution::liveLimit(const Variant& limit, Line caller) {
-  Variant held = limit;
+  const Variant held = limit;  // NOLINT(performance-unnecessary-copy-initialization): as above
   return IsRange(held) ? held.toObject(caller)->get("Value", {}, caller) : held;
 }
 

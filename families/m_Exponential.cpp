@@ -4,13 +4,6 @@
 
 namespace palvex::m_Exponential {
 
-namespace {
-
-/// Below this width the moments' terms cancel, and five terms of their series are exact to 1e-13.
-constexpr double narrow = 0.25;
-
-}  // namespace
-
 double density(double x, double lambda, double minimum, const Limits& limits, Line caller) try {
   refuseNaN(x);
   if (!(lambda > 0 && x >= minimum)) return 0;

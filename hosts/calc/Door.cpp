@@ -27,7 +27,6 @@ namespace {
 namespace fs = std::filesystem;
 using css::uno::Reference;
 using css::uno::XComponentContext;
-using simulation::Fault;
 
 std::string urlOf(const fs::path& file) {
   rtl::OUString url;

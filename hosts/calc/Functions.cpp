@@ -28,7 +28,7 @@ using rtl::OUString;
 /// An argument: empty when it is left out, a number, a text, or a range, which Calc hands over as
 /// its contents.
 Variant argument(const Any& given) {
-  const Variant value = fromOffice(given);
+  Variant value = fromOffice(given);
   if (!value.isArray()) return value;
   const auto cells = std::make_shared<Cells>(value.upperBound(1), value.upperBound(2));
   for (std::int32_t i = 1; i <= cells->rows(); ++i) {

@@ -130,7 +130,7 @@ auto asking(const Work& work) {
 
 // ---- the table ----
 
-Table::Table(Document document) : document_(std::move(document)) {
+Table::Table(const Document& document) : document_(document) {
   asking([this] {
     if (!document_->getSheets()->hasByName(wide(tableName)))
       throw Fault(std::string("there is no sheet '") + tableName +

@@ -30,7 +30,7 @@ inline constexpr const char* resultsName = "palvex results";
 class Table final : public simulation::Sheet {
  public:
   /// @throws Fault when the document has no such sheet
-  explicit Table(Document document);
+  explicit Table(const Document& document);
 
   [[nodiscard]] std::int32_t rows() const override { return rows_; }
   [[nodiscard]] std::int32_t columns() const override { return columns_; }

@@ -143,6 +143,7 @@ void readSheets(std::span<DistributionArguments> distributions) {
 
 std::string typeNamed(const std::string& type) {
   std::vector<std::string_view> names;
+  names.reserve(lawTypes.size());
   for (const LawType& entry : lawTypes) names.push_back(entry.name);
   for (const std::string_view name : names) {
     if (sameLetters(name, type)) return std::string(name);
@@ -193,12 +194,14 @@ void setChecked(c_Distribution& distribution, const std::string& type,
 }
 
 Refusal refusal(const std::string& sentence) {
-  if (sentence.starts_with("Unrecognized data configuration"))
-    return Refusal(
-        fmt::format("{}; there are \"{}\".", sentence, fmt::join(dataConfigurations, "\", \"")));
-  if (sentence.starts_with("Improper value for "))
-    return Refusal(sentence + "  Write a number, a cell such as =B3, -Infinity or +Infinity.");
-  return Refusal(sentence);
+  std::string told = sentence;
+  if (sentence.starts_with("Unrecognized data configuration")) {
+    told += fmt::format("; there are \"{}\".", fmt::join(dataConfigurations, "\", \""));
+  } else if (sentence.starts_with("Improper value for ")) {
+    told += "  Write a number, a cell such as =B3, -Infinity or +Infinity.";
+  }
+  Refusal made(told);
+  return made;
 }
 
 std::optional<double> numberIn(const std::string& argument) {

@@ -289,6 +289,7 @@ std::vector<Panel> panelsOf(std::vector<DistributionArguments> distributions,
   }
   if (options.overlay) return {overlay(all, options)};
   std::vector<Panel> panels;
+  panels.reserve(all.size());
   for (const Plotted& one : all) panels.push_back(panelOf(one, options));
   return panels;
 }

@@ -313,7 +313,7 @@ void addCumulative(Page& page, const ResultStatistics& result, const Range& axis
   }
   const auto& cells = result.histogram;
   const double trials = result.moments.count;
-  double sum = static_cast<double>(cells.below);
+  auto sum = static_cast<double>(cells.below);
   page.add("<path class=\"edge\" d=\"M{:.1f} {:.1f}", left, up(sum / trials));
   page.add("L{:.1f} {:.1f}", across(cells.low, axis), up(sum / trials));
   for (std::size_t i = 0; i < cells.counts.size(); ++i) {

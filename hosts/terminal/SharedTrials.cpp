@@ -202,6 +202,7 @@ std::vector<std::string> commandLine() {
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
   std::vector<char*> all;
+  all.reserve(texts.size() + 1);
   for (std::string& text : texts) all.push_back(text.data());
   all.push_back(nullptr);
   return all;
@@ -257,7 +258,8 @@ bool isHelper() {
 
 void help(const simulation::Model& model, const simulation::Settings& settings,
           std::unique_ptr<simulation::Workbook> cells) {
-  const std::string_view share = std::getenv(shareVariable);
+  const char* const given = std::getenv(shareVariable);
+  const std::string_view share = given == nullptr ? "" : given;
   std::uint64_t index = 0;
   std::uint64_t count = 1;
   const char* const end = share.data() + share.size();

@@ -280,6 +280,7 @@ class WorkbookRun {
  public:
   /// @param helping  this process works for another one
   WorkbookRun(const SimulateOptions& options, bool helping)
+      // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): a unique_ptr takes it
       : helpers_(helping ? nullptr : helpersFor(options)),
         workbook_(openWorkbook(options.file)),
         model_(simulation::Model::fromWorkbook(workbook_->table())) {}
