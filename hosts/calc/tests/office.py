@@ -1,14 +1,17 @@
 """An office without a screen for tests: its own profile, its own pipe, and gone when the tests are."""
 import os
+import queue
 import shutil
 import subprocess
 import tempfile
+import threading
 import time
 import uuid
 
 import uno
 from com.sun.star.beans import PropertyValue
 from com.sun.star.connection import NoConnectException
+from com.sun.star.uno import RuntimeException
 
 BUILD = os.environ["PALVEX_BUILD"]
 PROGRAM = "/usr/lib/libreoffice/program/soffice.bin"
@@ -17,6 +20,18 @@ STARTED_ANEW = (79, 81)  # how a new profile's first start ends
 
 def properties(**values):
     return tuple(PropertyValue(Name=name, Value=value) for name, value in values.items())
+
+
+def ask(resolver, url, answers):
+    """Speaks to an office until it answers."""
+    for _ in range(300):
+        try:
+            answers.put(resolver.resolve(url))
+            return
+        except NoConnectException:
+            time.sleep(0.1)
+        except RuntimeException:
+            return  # it is no more
 
 
 class Office:
@@ -40,19 +55,26 @@ class Office:
         self.desktop = self.create("com.sun.star.frame.Desktop")
 
     def _connect(self, url):
+        """Starts the office and waits for it. A new profile's first start ends by itself, and whoever was
+        speaking to it may wait for ever: each start has a listener of its own."""
         local = uno.getComponentContext()
         resolver = local.ServiceManager.createInstanceWithContext(
             "com.sun.star.bridge.UnoUrlResolver", local)
-        limit = time.monotonic() + 120
-        while time.monotonic() < limit:
-            if self.process is None or self.process.poll() in STARTED_ANEW:
-                self.process = subprocess.Popen(self.command, stdin=subprocess.DEVNULL)
-            if self.process.poll() is not None:
+        for _ in range(6):
+            # From the main thread: the office dies with the thread that started it.
+            self.process = subprocess.Popen(self.command, stdin=subprocess.DEVNULL)
+            answers = queue.Queue()
+            threading.Thread(target=ask, args=(resolver, url, answers), daemon=True).start()
+            limit = time.monotonic() + 30
+            while time.monotonic() < limit and self.process.poll() is None:
+                try:
+                    return answers.get(timeout=0.1)
+                except queue.Empty:
+                    pass
+            if self.process.poll() not in (None, *STARTED_ANEW):
                 raise RuntimeError(f"the office ended with {self.process.returncode}")
-            try:
-                return resolver.resolve(url)
-            except NoConnectException:
-                time.sleep(0.1)
+            self.process.kill()
+            self.process.wait()
         raise RuntimeError("the office does not answer")
 
     def create(self, service):
