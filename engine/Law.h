@@ -30,21 +30,31 @@ class AnyLaw;
 /// for the fault.
 class Law {
  public:
+  /// The normal law.
   /// @param sd  standard deviation, >= 0; 0 is a point mass
   [[nodiscard]] static Law normal(double mean, double sd);
-  /// minimum <= maximum
+  /// The same density all over [minimum, maximum].
+  /// @param minimum,maximum  minimum <= maximum; equal for a point mass
   [[nodiscard]] static Law uniform(double minimum, double maximum);
-  /// minimum <= likely <= maximum
+  /// A density that rises from 0 at the minimum to its peak and falls to 0 at the maximum.
+  /// @param likely  where the peak is; minimum <= likely <= maximum, all equal for a point mass
   [[nodiscard]] static Law triangular(double minimum, double likely, double maximum);
-  /// minimum + exp(location + scale Z), Z standard normal
+  /// The law of minimum + exp(location + scale Z), Z standard normal.
   /// @param location,scale  mean and standard deviation (> 0) of the logarithm
   [[nodiscard]] static Law lognormal(double location, double scale, double minimum = 0);
+  /// P(X > x) = exp(-lambda (x - minimum)): mean minimum + 1/lambda.
   /// @param lambda  a rate, > 0
   [[nodiscard]] static Law exponential(double lambda, double minimum = 0);
+  /// P(X > x) = exp(-((x - minimum)/scale)^shape).
   /// @param shape,scale  > 0
   [[nodiscard]] static Law weibull(double shape, double scale, double minimum = 0);
-  /// @param alpha,beta  shapes, > 0; minimum <= maximum
+  /// The density of u = (x - minimum)/(maximum - minimum) is proportional to u^(alpha - 1) (1 -
+  /// u)^(beta - 1): mean minimum + (maximum - minimum) alpha/(alpha + beta).
+  /// @param alpha,beta       shapes, > 0
+  /// @param minimum,maximum  minimum <= maximum; equal for a point mass
   [[nodiscard]] static Law beta(double alpha, double beta, double minimum = 0, double maximum = 1);
+  /// The density of z = (x - minimum)/scale is proportional to z^(shape - 1) exp(-z): mean
+  /// minimum + shape scale.
   /// @param shape,scale  > 0
   [[nodiscard]] static Law gamma(double shape, double scale, double minimum = 0);
   /// The Johnson curve with these moments, about: its fit is loose.
@@ -59,7 +69,8 @@ class Law {
   /// @param mean  > minimum
   /// @param sd    > 0
   [[nodiscard]] static Law lognormalMean(double mean, double sd, double minimum = 0);
-  /// Bins of equal width over the values, their number chosen for them.
+  /// Bins of equal width over the values, as many as m_Histogram::CreateHistogramArrays chooses.
+  /// @param data  at least one value; equal ones are a point mass
   [[nodiscard]] static Law histogram(std::span<const double> data);
   /// Bins between neighbouring edges, which increase.
   /// @param edges   one more than counts
@@ -83,6 +94,8 @@ class Law {
 
   /// The density at x: infinite at a pole, 0 where the limits cut; 1 at the value of a point mass.
   [[nodiscard]] double density(double x) const noexcept;
+  /// ln of the density, also where the density itself is beyond the doubles; -infinity where it is
+  /// 0.
   [[nodiscard]] double logDensity(double x) const noexcept;
   /// P(X <= x), with its relative accuracy where it is small.
   [[nodiscard]] double probability(double x) const noexcept;
@@ -97,6 +110,7 @@ class Law {
   void quantiles(std::span<const double> p, std::span<double> x) const;
   /// Infinite beyond the range of doubles.
   [[nodiscard]] double mean() const;
+  /// The standard deviation; infinite beyond the range of doubles.
   [[nodiscard]] double sd() const;
 
   /// A draw, so that a Law serves where a distribution of the header `<random>` does.

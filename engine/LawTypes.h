@@ -15,9 +15,10 @@ namespace palvex {
 
 /// A type: its name, and the names of its parameters in their order.
 struct LawType {
-  std::string_view name;
-  std::array<std::string_view, 4> parameters;  // the unused ones empty
+  std::string_view name;                       ///< as a host chooses it
+  std::array<std::string_view, 4> parameters;  ///< display names; the unused ones empty
 
+  /// How many parameters the type has, from 2 to 4.
   [[nodiscard]] std::int16_t parameterCount() const noexcept {
     return static_cast<std::int16_t>(
         std::count_if(parameters.begin(), parameters.end(), [](auto one) { return !one.empty(); }));

@@ -40,17 +40,25 @@ namespace palvex {
 /// once.
 class c_Distribution {
  public:
+  /// @{
+  /// The parameters in the type's order, see ParamName; those beyond NumParams are not looked at.
+  /// A histogram's first one is the range of its data, the second one the layout of that, one of
+  /// DataConfigurations.
   Variant param1;
   Variant param2;
   Variant param3;
   Variant param4;
-  Variant ltl;           // lower truncation limit
-  Variant utl;           // upper truncation limit
-  bool Active = false;   // a flag for the host; the object never reads it
-  bool Dynamic = false;  // true: every evaluation reads the live parameters and limits
-  std::string graphMax;  // for the host, like the two below
+  /// @}
+  Variant ltl;           ///< lower truncation limit
+  Variant utl;           ///< upper truncation limit; below `ltl` the two outer pieces are kept
+  bool Active = false;   ///< a flag for the host; the object never reads it
+  bool Dynamic = false;  ///< true: every evaluation reads the live parameters and limits
+  /// @{
+  /// A text for the host, which the object never reads.
+  std::string graphMax;
   std::string graphMin;
   std::string numberFormat;
+  /// @}
 
   // ---- catalogue ----
 
@@ -152,6 +160,7 @@ class c_Distribution {
   /// Gives the three series `size` points, keeping what they hold; nothing happens for a size
   /// below 1.
   Variant ResizeArrays(std::int16_t size);
+  /// @{
   /// Point i = 1..NumPoints of a series: 0 for any other i, where an assignment does nothing.
   [[nodiscard]] double GraphX(std::int16_t i) const { return point(graphX_, i); }
   void GraphX(std::int16_t i, double value) { setPoint(graphX_, i, value); }
@@ -159,6 +168,7 @@ class c_Distribution {
   void GraphPDF(std::int16_t i, double value) { setPoint(graphPDF_, i, value); }
   [[nodiscard]] double GraphOL(std::int16_t i) const { return point(graphOL_, i); }
   void GraphOL(std::int16_t i, double value) { setPoint(graphOL_, i, value); }
+  /// @}
 
  private:
   friend Law makeLaw(std::string_view type, std::span<const Variant> parameters, const Variant& ltl,

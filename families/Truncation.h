@@ -10,11 +10,11 @@ namespace palvex {
 /// and [lower, 1], and `split` is the share of the first; it is not finite where there is nothing
 /// to share.
 struct Band {
-  double lower = 0;
-  double upper = 1;
-  bool wrapped = false;
-  bool whole = true;  // lower is 0 and upper is 1
-  double split = 0;
+  double lower = 0;      ///< probability up to the lower limit
+  double upper = 1;      ///< probability up to the upper limit
+  bool wrapped = false;  ///< whether two pieces are kept, [0, upper] and [lower, 1]
+  bool whole = true;     ///< whether `lower` is 0 and `upper` is 1
+  double split = 0;      ///< of a wrapped band the share of [0, upper]
 
   /// The probability at the position p of the band, p usually in [0, 1].
   /// Error 6 or 11 where the wrapped band, or the piece of it that p falls in, holds nothing.

@@ -17,13 +17,14 @@ namespace palvex::m_Beta {
 /// The two shapes of a beta law with what is worked out from them alone, once, when an evaluation
 /// first needs it. The forms that take two plain shapes give the same results bit for bit.
 struct Shapes {
+  /// The routines below judge shapes that are not positive, each as it says.
   Shapes(double firstShape, double secondShape)
       : alpha(firstShape), beta(secondShape), ratio(firstShape, secondShape) {}
 
-  double alpha;  // > 0
-  double beta;   // > 0
-  IncompleteBeta ratio;
-  std::optional<double> densityFactor;  // 1/Beta(alpha, beta), infinite where it overflows
+  double alpha;                         ///< > 0
+  double beta;                          ///< > 0
+  IncompleteBeta ratio;                 ///< the cumulative probability, prepared
+  std::optional<double> densityFactor;  ///< 1/Beta(alpha, beta), infinite where it overflows
 };
 
 // ---- density ----
@@ -31,6 +32,7 @@ struct Shapes {
 /// Density at u of the standard beta law on [0, 1]. At an end where it is infinite: error 5; where
 /// a power overflows: 6.
 double StdBetaPDF(double u, Shapes& shapes, Line caller = Line::here());
+/// The same for plain shapes, when one evaluation is all that is wanted.
 inline double StdBetaPDF(double u, double alpha, double beta, Line caller = Line::here()) {
   Shapes shapes(alpha, beta);
   return StdBetaPDF(u, shapes, caller);
@@ -68,9 +70,9 @@ void bratio(double a, double b, double x, double y, double& w, double& w1, std::
 void cumbet(double x, double y, double a, double b, double& cum, double& ccum);
 
 /// Works out one pair of the beta law from the others (DCDFLIB): p and q (`which` = 1), x and y
-/// (2), a (3) or b (4), to a relative 1e-8. The searches for a shape inherit the rules of the
-/// bounded search: they end only at a bound or at 0, and for which = 3 with 0 < p <= q, and which =
-/// 4 with p > q > 0, not at all.
+/// (2), a (3) or b (4), to a relative 1e-8. The searches for a shape are those
+/// of m_RootFinding::dinvr: they end only at a bound or at 0, and for which = 3 with 0 < p <= q,
+/// and which = 4 with p > q > 0, not at all.
 /// @param p, q    lower and upper tail, p + q = 1
 /// @param x, y    x + y = 1
 /// @param status  0; -1 to -7: which, p, q, x, y, a, b is out of range; 1, 2: no root above, below
@@ -83,11 +85,12 @@ void cdfbet(std::int16_t which, double& p, double& q, double& x, double& y, doub
 std::int16_t cdfbet(double x, double y, IncompleteBeta& ratio, Tails& tails) noexcept;
 
 /// Probability of the standard beta law below x, or above x when `upper` is true.
-/// - alpha = 1: 1 - (1 - x)^beta, or (1 - x)^beta taken off 1 twice.
+/// - alpha = 1: 1 - (1 - x)^beta, and for the upper tail 1 less that, as it is written.
 /// - else beta = 1: the lower tail with a minus sign, -(x^alpha); the upper one 1 + x^alpha.
 /// - else both tails to full relative accuracy.
 /// @returns a number, or the text of the fault: x outside [0, 1], a shape <= 0 or NaN
 Variant BetaCDF(double x, Shapes& shapes, Boolean upper, Line caller = Line::here());
+/// The same for plain shapes, when one evaluation is all that is wanted.
 inline Variant BetaCDF(double x, double alpha, double beta, Boolean upper,
                        Line caller = Line::here()) {
   Shapes shapes(alpha, beta);
@@ -103,6 +106,7 @@ inline Variant BetaCDF(double x, double alpha, double beta, Boolean upper,
 ///             6
 void PPFBET(double p, Shapes& shapes, double tol, std::int16_t& ier, double& x,
             Line caller = Line::here());
+/// The same for plain shapes, when one evaluation is all that is wanted.
 inline void PPFBET(double p, double alpha, double beta, double tol, std::int16_t& ier, double& x,
                    Line caller = Line::here()) {
   Shapes shapes(alpha, beta);
@@ -113,6 +117,7 @@ inline void PPFBET(double p, double alpha, double beta, double tol, std::int16_t
 /// in closed form when a shape is 1, else by PPFBET with the tolerance 1e-8.
 /// @returns a number, or the text of PPFBET's fault
 Variant BetaINV(double p, Shapes& shapes, Boolean upper, Line caller = Line::here());
+/// The same for plain shapes, when one evaluation is all that is wanted.
 inline Variant BetaINV(double p, double alpha, double beta, Boolean upper,
                        Line caller = Line::here()) {
   Shapes shapes(alpha, beta);

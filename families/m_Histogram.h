@@ -27,8 +27,8 @@ using Table = std::vector<std::array<double, 3>>;
 
 /// Both arrays of one histogram.
 struct Arrays {
-  DensityArray density;
-  Table table;
+  DensityArray density;  ///< what densities are looked up in
+  Table table;           ///< what probabilities and values are looked up in
 };
 
 /// Builds both arrays from a worksheet range.

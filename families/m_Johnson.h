@@ -24,13 +24,13 @@ namespace palvex::m_Johnson {
 /// A fitted curve. For the normal distribution `lambda` is the mean, `gamma` the standard
 /// deviation, and `delta` and `xi` are 0.
 struct JohnsonParams {
-  double gamma = 0;
-  double delta = 0;
-  double lambda = 0;
-  double xi = 0;
-  std::string typeName;       // "SL", "SU", "SB", "Normal", "ST" or "Error"
-  std::int16_t typeCode = 0;  // 1 SL, 2 SU, 3 SB, 4 normal, 5 ST (never fitted)
-  std::string message;        // why the fit failed, "" when it did not
+  double gamma = 0;           ///< shape: a summand of the deviate
+  double delta = 0;           ///< shape: a factor of the deviate, > 0
+  double lambda = 0;          ///< scale of the variate; 1 or -1 for SL
+  double xi = 0;              ///< location of the variate: an end of SL and SB
+  std::string typeName;       ///< "SL", "SU", "SB", "Normal", "ST" or "Error"
+  std::int16_t typeCode = 0;  ///< 1 SL, 2 SU, 3 SB, 4 normal, 5 ST (never fitted)
+  std::string message;        ///< why the fit failed, "" when it did not
 };
 
 /// The first six raw moments of a variate in the elements 1 to 6; element 0 is not used.
@@ -83,6 +83,7 @@ void SBMOM(double g, double d, RawMoments& mu, Boolean& sbFault, std::string& me
 
 /// The curve that a type name stands for, resolved once for many evaluations.
 enum class Curve : std::uint8_t { none, SL, SU, SB, normal };
+/// The curve of a name as JohnsonParams has it; none for any other.
 [[nodiscard]] Curve curveOf(std::string_view typeName) noexcept;
 
 /// Density at x, 0 where the limits cut x away; not rescaled by the kept probability. The densities
@@ -114,15 +115,18 @@ Band band(const JohnsonParams& params, Curve curve, const Limits& limits,
 /// moved to its nearer end.
 double value(double p, const JohnsonParams& params, const Band& band, Line caller = Line::here());
 
+/// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
 inline double JohnsonPDF(double x, const JohnsonParams& params, const Variant& ltl,
                          const Variant& utl, Line caller = Line::here()) {
   return density(x, params, curveOf(params.typeName), limitsFrom(ltl, utl), caller);
 }
 
+/// `untruncatedDensity` of a curve as it was fitted.
 inline double jPDF(double x, const JohnsonParams& params, Line caller = Line::here()) {
   return untruncatedDensity(x, params, curveOf(params.typeName), caller);
 }
 
+/// `cumulative` of a curve as it was fitted.
 inline double JohnsonCDF(double x, const JohnsonParams& params, Line caller = Line::here()) {
   return cumulative(x, params, curveOf(params.typeName), caller);
 }

@@ -25,14 +25,23 @@ class AnyLaw {
   /// The same law by another name, which must outlive it.
   [[nodiscard]] virtual std::shared_ptr<const AnyLaw> named(std::string_view type) const = 0;
 
+  /// "Normal", "Uniform", ...: see Law::type.
   [[nodiscard]] virtual std::string_view type() const noexcept = 0;
+  /// See Law::support.
   [[nodiscard]] virtual Support support() const noexcept = 0;
+  /// See Law::keptProbability.
   [[nodiscard]] virtual double keptProbability() const noexcept = 0;
+  /// See Law::density.
   [[nodiscard]] virtual double density(double x) const noexcept = 0;
+  /// See Law::logDensity.
   [[nodiscard]] virtual double logDensity(double x) const noexcept = 0;
+  /// See Law::probability.
   [[nodiscard]] virtual double probability(double x) const noexcept = 0;
+  /// See Law::exceedance.
   [[nodiscard]] virtual double exceedance(double x) const noexcept = 0;
+  /// See Law::quantile.
   [[nodiscard]] virtual double quantile(double p) const noexcept = 0;
+  /// See Law::upperQuantile.
   [[nodiscard]] virtual double upperQuantile(double q) const noexcept = 0;
   /// @param x  as long as p
   virtual void quantiles(std::span<const double> p, std::span<double> x) const noexcept = 0;

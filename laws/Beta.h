@@ -23,6 +23,7 @@ class Beta {
         maximum_(maximum),
         extent_(minimum, maximum) {}
 
+  /// [minimum, maximum]
   [[nodiscard]] Support support() const noexcept;
 
   /// The density of the standardised variable (x - minimum)/(maximum - minimum) at x's place: what
@@ -35,6 +36,7 @@ class Beta {
 
   /// Works out what `tails` and `quantile` stand on; neither is asked before.
   void prepare();
+  /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept;
   /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
   [[nodiscard]] double quantile(double p, double q) const noexcept;

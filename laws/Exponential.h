@@ -15,6 +15,7 @@ class Exponential {
   /// @param lambda  a rate, > 0
   Exponential(double lambda, double minimum) : lambda_(lambda), minimum_(minimum) {}
 
+  /// [minimum, infinity)
   [[nodiscard]] Support support() const noexcept;
 
   /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
@@ -23,6 +24,7 @@ class Exponential {
   /// Its logarithm, also where the density is no double.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
+  /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept {
     if (x <= minimum_) return {0, 1};
     const double z = lambda_ * (x - minimum_);

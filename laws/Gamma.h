@@ -15,6 +15,7 @@ class Gamma {
   Gamma(double shape, double scale, double minimum)
       : shape_(shape), scale_(scale), minimum_(minimum), prepared_(shape > 0 ? shape : 1) {}
 
+  /// [minimum, infinity)
   [[nodiscard]] Support support() const noexcept;
 
   /// The density of the standardised variable (x - minimum)/scale at x's place: what `density` is
@@ -25,6 +26,7 @@ class Gamma {
   /// Its logarithm, also where the density is no double.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
+  /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept;
   /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
   [[nodiscard]] double quantile(double p, double q) const noexcept;

@@ -16,6 +16,7 @@ namespace palvex::laws {
 /// bin without width is a point mass.
 class Histogram {
  public:
+  /// As worksheet data were tabulated.
   explicit Histogram(const m_Histogram::Arrays& arrays);
   /// @param bins  lower edge, upper edge and density of each bin in turn
   explicit Histogram(const m_Histogram::DensityArray& bins);
@@ -31,8 +32,10 @@ class Histogram {
 
   /// The density at x. A bin's left edge belongs to it, its right edge does not, except the last.
   [[nodiscard]] double density(double x) const noexcept;
+  /// Its logarithm; -infinity in a gap.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
+  /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept;
   /// The least value with at least the probability p up to it, and so at most q = 1 - p above it;
   /// solved in the smaller one.

@@ -16,22 +16,27 @@ namespace palvex::laws {
 /// those that the curve was fitted to: the fit is loose.
 class Johnson {
  public:
+  /// The constants of a curve; for the normal law `lambda` is the mean and `gamma` the standard
+  /// deviation.
   struct Constants {
-    double gamma;
-    double delta;
-    double lambda;
-    double xi;
-    m_Johnson::Curve curve;
+    double gamma;            ///< shape: a summand of the deviate
+    double delta;            ///< shape: a factor of the deviate
+    double lambda;           ///< scale of X; 1 or -1 for SL
+    double xi;               ///< location of X
+    m_Johnson::Curve curve;  ///< which of the forms above
   };
+  /// Of a curve known by its constants.
   explicit Johnson(const Constants& constants) : c_(constants) {}
 
   /// @param curve  the one that params.typeName stands for
   Johnson(const m_Johnson::JohnsonParams& params, m_Johnson::Curve curve)
       : Johnson({params.gamma, params.delta, params.lambda, params.xi, curve}) {}
 
+  /// Of a curve known by the name of its type.
   explicit Johnson(const m_Johnson::JohnsonParams& params)
       : Johnson(params, m_Johnson::curveOf(params.typeName)) {}
 
+  /// From end to end as stated above; the ends are no values.
   [[nodiscard]] Support support() const noexcept;
 
   /// The density of (x - xi)/lambda for an SU or SB curve: what `density` is before it is divided
@@ -42,6 +47,7 @@ class Johnson {
   /// Its logarithm, also where the density is no double.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
+  /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept;
   /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
@@ -50,11 +56,12 @@ class Johnson {
   /// The value of a standard normal deviate.
   [[nodiscard]] double fromDeviate(double z) const noexcept;
 
+  /// Mean, spread and standardised third and fourth moment.
   struct CurveMoments {
-    double mean;
-    double stdDev;
-    double skewness;
-    double kurtosis;
+    double mean;      ///< E X
+    double stdDev;    ///< the square root of the variance
+    double skewness;  ///< third standardised moment
+    double kurtosis;  ///< fourth one, 3 for the normal law
   };
 
   /// The moments that the curve really has, by quadrature over the normal deviate to a relative

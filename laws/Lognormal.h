@@ -18,6 +18,7 @@ class Lognormal {
   Lognormal(double location, double scale, double minimum)
       : location_(location), scale_(scale), minimum_(minimum) {}
 
+  /// (minimum, infinity)
   [[nodiscard]] Support support() const noexcept;
 
   /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
@@ -26,6 +27,7 @@ class Lognormal {
   /// Its logarithm, also where the density is no double.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
+  /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept {
     if (x <= minimum_) return {0, 1};
     return normalTails((std::log(x - minimum_) - location_) / scale_);

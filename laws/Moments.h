@@ -21,9 +21,10 @@
 /// probability in double precision, 6 for a result beyond the double range.
 namespace palvex::laws {
 
+/// Mean and standard deviation.
 struct Moments {
-  double mean;
-  double sd;
+  double mean;  ///< E X
+  double sd;    ///< >= 0
 
   /// sqrt(E (X - x)^2): the standard deviation when x is the mean.
   [[nodiscard]] double deviationFrom(double x) const { return std::hypot(sd, mean - x); }
@@ -34,16 +35,16 @@ struct Moments {
 /// x - origin, infinite for an infinite x. Error 6 where it leaves the double range.
 double distance(double x, double origin);
 
-/// Whether a distance in units of another, or a multiple of that, has lost digits, or all, to
-/// underflow.
+/// Whether distance/unit, or factor times that, has lost digits to underflow.
 inline bool underflows(double distance, double unit, double factor = 1) {
   return distance > 0 &&
          std::min(factor, 1.0) * (distance / unit) < std::numeric_limits<double>::min();
 }
 
+/// The numbers from `lower` to `upper`, either of which may be infinite.
 struct Interval {
-  double lower;
-  double upper;
+  double lower;  ///< its smallest number
+  double upper;  ///< its greatest number
 };
 
 /// The intervals, in increasing order.
@@ -53,7 +54,9 @@ class KeptIntervals {
   /// reversed limits two.
   KeptIntervals(const Limits& limits, double lowest, double highest);
 
+  /// The first interval.
   [[nodiscard]] const Interval* begin() const { return intervals_.data(); }
+  /// Behind the last one.
   [[nodiscard]] const Interval* end() const { return intervals_.data() + count_; }
 
  private:
@@ -66,22 +69,24 @@ class KeptIntervals {
 /// The number base + offset, which as one double would lose what tells near points far from 0
 /// apart.
 struct Point {
-  double base;
-  double offset;
+  double base;    ///< a double near the point
+  double offset;  ///< point - base
 };
 
 /// A law restricted to one interval: the logarithm of the interval's probability (up to a constant
 /// that the law's other intervals share) and the moments in it.
 struct Piece {
-  double logMass;
-  Point mean;
-  double sd;
+  double logMass;  ///< -infinity for an interval without probability
+  Point mean;      ///< of the values in the interval
+  double sd;       ///< of these values
 };
 
 /// The moments of a law's pieces together. Error 11 when none has any probability.
 class Mixture {
  public:
+  /// Joins a piece, in any order.
   void add(Piece piece);
+  /// The moments of all pieces so far.
   [[nodiscard]] Moments moments() const;
 
  private:
@@ -91,6 +96,7 @@ class Mixture {
 /// The moments of a law whose ends lie farther apart than the largest double, from the same law at
 /// half its size.
 Limits halved(const Limits& limits);
+/// From the moments at half the size to those of the law.
 Moments doubled(const Moments& ofHalf);
 
 // ---- closed forms ----
@@ -123,14 +129,15 @@ class PartialMoments {
 /// Where a law with two ends begins and ends. The upper end is upper + rest: what the sum of a
 /// minimum and a width rounds away matters where the values crowd beside it.
 struct Bounds {
-  double lower;
-  double upper;
-  double rest = 0;
+  double lower;     ///< the lower end
+  double upper;     ///< the upper end, less `rest`
+  double rest = 0;  ///< >= 0, less than the last digit of `upper`
 
   /// Of lower + width.
   static Bounds ofWidth(double lower, double width);
   /// Distances of x from the ends, 0 at and beyond them.
   [[nodiscard]] double below(double x) const { return std::max(x - lower, 0.0); }
+  /// Distance of x from the upper end, 0 beyond it.
   [[nodiscard]] double above(double x) const { return std::max(upper - x + rest, 0.0); }
   /// The first double that is not below the upper end.
   [[nodiscard]] double ceiling() const {
@@ -141,19 +148,20 @@ struct Bounds {
 /// An end of a kept interval. Its distances are all kept, since none gives another without
 /// rounding.
 struct End {
-  double fromOrigin;
-  double fromAnchor;
-  double toUpperEnd = std::numeric_limits<double>::infinity();  // of the law
+  double fromOrigin;  ///< distance from where the law's own coordinate starts
+  double fromAnchor;  ///< distance from the anchor, < 0 below it
+  /// Distance to the upper end of the law; infinite where it has none.
+  double toUpperEnd = std::numeric_limits<double>::infinity();
 };
 
 /// Where in a kept interval an integration starts: at the mode, or the end nearest to it.
 struct Anchor {
-  Point point;
-  double fromOrigin;
-  double toUpperEnd;
-  End lower;
-  End upper;
-  bool isMode;
+  Point point;        ///< where it is
+  double fromOrigin;  ///< distance from where the law's own coordinate starts
+  double toUpperEnd;  ///< distance to the upper end of the law; infinite where it has none
+  End lower;          ///< lower end of the kept interval
+  End upper;          ///< its upper end
+  bool isMode;        ///< false at an end
 };
 
 /// @param origin  where the law's own coordinate starts; `mode` counts from there
@@ -169,6 +177,7 @@ double logRatio(double a, double b, double difference);
 /// distances are in multiples of `unit`. Each scale's `position` is the t of an end.
 class Scale {
  public:
+  /// @param unit  > 0
   explicit Scale(double unit) : unit_(unit) {}
   /// The ends count for a scale that has logarithms of the distances from them.
   Scale(double unit, Point lowerEnd, Point upperEnd)
@@ -176,8 +185,11 @@ class Scale {
   Scale(const Scale&) = delete;
   Scale& operator=(const Scale&) = delete;
   virtual ~Scale() = default;
+  /// What distances are counted in.
   [[nodiscard]] double unit() const { return unit_; }
+  /// The lower end of the law, -infinity for none.
   [[nodiscard]] const Point& lowerEnd() const { return lowerEnd_; }
+  /// The upper end of the law, infinity for none.
   [[nodiscard]] const Point& upperEnd() const { return upperEnd_; }
   /// From the anchor.
   [[nodiscard]] virtual double distance(double t) const = 0;
@@ -186,6 +198,7 @@ class Scale {
   /// Logarithms of the distances from the ends of the law, where the scale has one. Values may
   /// crowd there so closely that their distances from the anchor would all be one number.
   [[nodiscard]] virtual double logAboveLowerEnd(double) const { return infinity; }
+  /// ln of the distance from the upper end; infinite without one.
   [[nodiscard]] virtual double logBelowUpperEnd(double) const { return infinity; }
   /// A length in t on which the distance is smooth around the anchor.
   [[nodiscard]] virtual double length() const { return infinity; }
@@ -193,6 +206,7 @@ class Scale {
   [[nodiscard]] virtual double bend() const { return 0; }
 
  protected:
+  /// What a scale answers with for an end or a length that it has not.
   static constexpr double infinity = std::numeric_limits<double>::infinity();
 
  private:
@@ -204,9 +218,11 @@ class Scale {
 /// unit t
 class LinearScale : public Scale {
  public:
+  /// @param unit  > 0
   explicit LinearScale(double unit) : Scale(unit) {}
   [[nodiscard]] double distance(double t) const override { return t; }
   [[nodiscard]] double logDistance(double t) const override { return std::log(std::abs(t)); }
+  /// The t of an end.
   [[nodiscard]] double position(const End& end) const { return end.fromAnchor / unit(); }
 };
 
@@ -214,6 +230,7 @@ class LinearScale : public Scale {
 /// which is its lower end, in units of 1/rate.
 class ExponentialScale : public Scale {
  public:
+  /// @param fromOrigin  distance of the anchor from the origin, > 0
   ExponentialScale(double origin, double fromOrigin, double rate)
       : Scale(fromOrigin, {origin, 0}, {infinity, 0}), rate_(rate) {}
   [[nodiscard]] double distance(double t) const override { return std::expm1(rate_ * t); }
@@ -223,6 +240,7 @@ class ExponentialScale : public Scale {
   }
   [[nodiscard]] double logAboveLowerEnd(double t) const override { return rate_ * t; }
   [[nodiscard]] double length() const override { return 1 / rate_; }
+  /// The t of an end.
   [[nodiscard]] double position(const End& end) const {
     return logRatio(end.fromOrigin, unit(), end.fromAnchor) / rate_;
   }
@@ -235,6 +253,7 @@ class ExponentialScale : public Scale {
 /// runs over the logarithm of the ratio of these distances, in units of 1/rate.
 class LogisticScale : public Scale {
  public:
+  /// @param below,above  > 0
   LogisticScale(const Bounds& ends, double below, double above, double rate)
       : Scale(std::min(below, above), {ends.lower, 0}, {ends.upper, ends.rest}),
         below_(below),
@@ -248,6 +267,7 @@ class LogisticScale : public Scale {
   [[nodiscard]] double logBelowUpperEnd(double t) const override;
   [[nodiscard]] double length() const override { return 1 / rate_; }
   [[nodiscard]] double bend() const override { return (logAbove_ - logBelow_) / rate_; }
+  /// The t of an end.
   [[nodiscard]] double position(const End& end) const {
     return (logRatio(end.fromOrigin, below_, end.fromAnchor) -
             logRatio(end.toUpperEnd, above_, -end.fromAnchor)) /
@@ -265,6 +285,7 @@ class LogisticScale : public Scale {
 /// unit (sinh(start + rate t) - sinh(start))
 class SinhScale : public Scale {
  public:
+  /// @param start  arsinh of the anchor, in units from the centre
   SinhScale(double unit, double start, double rate) : Scale(unit), start_(start), rate_(rate) {}
   [[nodiscard]] double distance(double t) const override {
     const double half = rate_ * t / 2;
@@ -273,6 +294,7 @@ class SinhScale : public Scale {
   [[nodiscard]] double logDistance(double t) const override;
   [[nodiscard]] double length() const override { return 1 / rate_; }
   [[nodiscard]] double bend() const override { return -start_ / rate_; }
+  /// The t of an end.
   [[nodiscard]] double position(const End& end) const;
 
  private:

@@ -14,6 +14,7 @@ class Normal {
   /// @param sd  >= 0
   Normal(double mean, double sd) : mean_(mean), sd_(sd) {}
 
+  /// The whole line; the mean alone without spread.
   [[nodiscard]] Support support() const noexcept;
 
   /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
@@ -22,6 +23,7 @@ class Normal {
   /// Its logarithm, also where the density is no double.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
+  /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept {
     if (sd_ == 0) return x < mean_ ? Tails{0, 1} : Tails{1, 0};
     return normalTails((x - mean_) / sd_);

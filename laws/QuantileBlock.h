@@ -14,16 +14,19 @@ namespace palvex::laws {
 /// A piece that limits keep: the probabilities below and above it, its own, and its outermost
 /// values.
 struct KeptPart {
-  double below;
-  double above;
-  double probability;
-  double least;
-  double greatest;
+  double below;        ///< probability below the piece
+  double above;        ///< probability above it
+  double probability;  ///< that of the piece
+  double least;        ///< its first value
+  double greatest;     ///< its last value
 
   // The tails of the whole law at the position p = 1 - q: sums, so nothing cancels.
+  /// The tail of the whole law below the position p of the piece: a sum, so nothing cancels.
   [[nodiscard]] double lowerTail(double p) const noexcept { return below + p * probability; }
+  /// The tail above the position 1 - q, likewise.
   [[nodiscard]] double upperTail(double q) const noexcept { return above + q * probability; }
 
+  /// x, or the nearer end of the piece.
   [[nodiscard]] double inside(double x) const noexcept {
     return std::min(std::max(x, least), greatest);
   }
@@ -35,13 +38,18 @@ struct KeptPart {
   }
 };
 
-/// So many at a time, between arrays of their own.
+/// How many quantiles are worked out at a time.
 inline constexpr std::size_t blockSize = 256;
 
+/// @{
+/// The quantiles at the positions p[0], ..., p[n - 1] into x, of any p as KeptPart::ended has it.
+/// @param x  an array other than p
+/// @param n  at most blockSize
 void quantileBlock(const Uniform& law, const KeptPart& part, const double* p, double* x,
                    std::size_t n) noexcept;
 void quantileBlock(const Triangular& law, const KeptPart& part, const double* p, double* x,
                    std::size_t n) noexcept;
+/// @}
 
 /// The normal deviates at the positions p.
 /// @param n  at most blockSize

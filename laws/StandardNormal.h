@@ -10,10 +10,13 @@
 /// The standard normal law.
 namespace palvex::laws {
 
+/// 1/sqrt(2 pi)
 inline constexpr double inverseRootTwoPi = 0.398942280401432677940;
+/// ln sqrt(2 pi)
 inline constexpr double logRootTwoPi = 0.918938533204672741780;
 
-/// Relative error 2e-16 max(1, K), K = z^2 in the smaller tail.
+/// The probabilities below and above the deviate z. Relative error 2e-16 max(1, K), K = z^2 in the
+/// smaller tail.
 inline Tails normalTails(double z) noexcept {
   constexpr double inverseRootTwo = 0.707106781186547524401;
   const double small = 0.5 * std::erfc(std::abs(z) * inverseRootTwo);

@@ -4,8 +4,8 @@ namespace palvex::laws {
 
 /// The probabilities up to a value and above it, each with its own relative accuracy.
 struct Tails {
-  double lower;
-  double upper;
+  double lower;  ///< P(X <= x)
+  double upper;  ///< P(X > x)
 };
 
 /// Both tails from the lower one, to be at most about 1/2.

@@ -23,6 +23,7 @@ class Triangular {
         shareBelow_(extent_.width > 0 ? extent_.below(likely) : 1),
         shareAbove_(extent_.width > 0 ? extent_.above(likely) : 0) {}
 
+  /// [minimum, maximum]
   [[nodiscard]] Support support() const noexcept;
 
   /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
@@ -31,6 +32,7 @@ class Triangular {
   /// Its logarithm, also where the density is no double.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
+  /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept;
   /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
   [[nodiscard]] double quantile(double p, double q) const noexcept {

@@ -15,6 +15,7 @@ class Uniform {
   Uniform(double minimum, double maximum)
       : minimum_(minimum), maximum_(maximum), extent_(minimum, maximum) {}
 
+  /// [minimum, maximum]
   [[nodiscard]] Support support() const noexcept;
 
   /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
@@ -23,6 +24,7 @@ class Uniform {
   /// Its logarithm, also where the density is no double.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
+  /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept {
     if (x >= maximum_) return {1, 0};
     if (x < minimum_) return {0, 1};

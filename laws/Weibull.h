@@ -16,6 +16,7 @@ class Weibull {
   Weibull(double shape, double scale, double minimum)
       : shape_(shape), scale_(scale), minimum_(minimum) {}
 
+  /// [minimum, infinity)
   [[nodiscard]] Support support() const noexcept;
 
   /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
@@ -24,6 +25,7 @@ class Weibull {
   /// Its logarithm, also where the density is no double.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
+  /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept {
     if (x <= minimum_) return {0, 1};
     const double power = std::pow((x - minimum_) / scale_, shape_);

@@ -10,16 +10,16 @@ namespace palvex {
 
 /// A tail that grows with t, at one t.
 struct Tail {
-  double probability;
-  double density;    // its derivative
-  double slope;      // of ln density
-  double curvature;  // of ln density, with the sign turned: >= 0
+  double probability;  ///< of the tail at t
+  double density;      ///< derivative of `probability` by t
+  double slope;        ///< derivative of ln density
+  double curvature;    ///< second derivative of ln density, times -1: >= 0
 };
 
 /// How far to go in t.
 struct TailStep {
-  double change;
-  double error;  // the size of the first term that is neglected
+  double change;  ///< signed, to be added to t
+  double error;   ///< the size of the first term that is neglected
 };
 
 /// From a tail of this probability to the one that is asked for: the series, to the third order, of

@@ -7,8 +7,8 @@ namespace palvex {
 
 /// hi + lo, lo being no more than the rounding of hi.
 struct Twofold {
-  double hi;
-  double lo = 0;
+  double hi;      ///< the number as one double
+  double lo = 0;  ///< what that leaves out
 };
 
 /// a + b, exactly (D. E. Knuth, The Art of Computer Programming 2, 4.2.2).

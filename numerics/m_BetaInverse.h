@@ -8,9 +8,10 @@ namespace palvex::m_Beta {
 
 /// A point of the unit interval and its complement, each with all its digits.
 struct Fraction {
-  double x;
-  double y;  // 1 - x
+  double x;  ///< in [0, 1]
+  double y;  ///< 1 - x
 
+  /// Whether both parts are the same.
   friend bool operator==(const Fraction&, const Fraction&) = default;
 };
 
@@ -28,6 +29,7 @@ class InverseBeta {
   /// @param a, b  > 0, infinity included
   InverseBeta(double a, double b);
 
+  /// The ratio that is inverted.
   [[nodiscard]] const IncompleteBeta& ratio() const noexcept { return ratio_; }
 
   /// The x with I_x(a, b) = p. Always ends; NaN for a NaN.

@@ -9,14 +9,14 @@ namespace palvex::m_Beta {
 
 /// A lower and an upper tail, which add to 1; the smaller one is the accurate one.
 struct Tails {
-  double lower;
-  double upper;
+  double lower;  ///< probability up to x
+  double upper;  ///< probability above x
 };
 
 /// The tails at x and x^a y^b / Beta(a, b), which is x y times the density.
 struct BetaPoint {
-  Tails tails;
-  double power;
+  Tails tails;   ///< at x
+  double power;  ///< x^a y^b / Beta(a, b)
 };
 
 /// x^a y^b / Beta(a, b) for y = 1 - x, with everything in it that depends on the shapes alone.
@@ -31,7 +31,7 @@ class BetaPower {
 
   /// x^a y^b / Beta(a, b)
   [[nodiscard]] double operator()(double x, double y) const;
-  /// The same for who knows lambda = a - (a + b) x.
+  /// The same for a caller that has lambda = a - (a + b) x.
   [[nodiscard]] double operator()(double x, double y, double lambda) const;
   /// x^a / (a Beta(a, b)), when a shape is at most 1.
   [[nodiscard]] double headX(double x, double y) const;
@@ -62,10 +62,13 @@ class BetaPower {
 /// I_x(a, b) for a >= 15 and b <= 1 as an asymptotic series of incomplete gamma ratios (bgrat).
 class LargeShape {
  public:
+  /// @param a  >= 15
+  /// @param b  > 0, at most 1
   LargeShape(double a, double b);
 
   /// w + I_x(a, b), to the precision of the sum.
   [[nodiscard]] double addedTo(double w, double x, double y);
+  /// Works out all coefficients at once: no later call changes the object.
   void prepare();
 
  private:
@@ -87,11 +90,13 @@ class LargeShape {
 /// mean.
 class ContinuedFraction {
  public:
+  /// @param a,b  > 1
   ContinuedFraction(double a, double b)
       : a_(a), b_(b), inverseMean_(1 + b / a), firstShare_(a / (a + 1)) {}
 
   /// @param lambda  a - (a + b) x, >= 0
   [[nodiscard]] double operator()(double x, double lambda);
+  /// Works out all coefficients at once: no later call changes the object.
   void prepare();
 
  private:
@@ -118,10 +123,12 @@ class ContinuedFraction {
 /// I_x(a, b) for a, b >= 15 and x little below the mean, as an asymptotic expansion (basym).
 class AroundMean {
  public:
+  /// @param a,b  >= 15
   AroundMean(double a, double b);
 
   /// @param lambda  a - (a + b) x, >= 0
   [[nodiscard]] double operator()(double lambda);
+  /// Works out all coefficients at once: no later call changes the object.
   void prepare();
 
  private:
@@ -176,7 +183,9 @@ class IncompleteBeta {
   /// threads may share it.
   void prepare();
 
+  /// The first shape.
   [[nodiscard]] double a() const noexcept { return a_; }
+  /// The second shape.
   [[nodiscard]] double b() const noexcept { return b_; }
 
  private:

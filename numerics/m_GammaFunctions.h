@@ -43,9 +43,9 @@ double rcomp(double a, double x, Line caller = Line::here());
 
 /// P(a, x), Q(a, x) and exp(-x) x^a / gamma(a), which is x times the density.
 struct Ratio {
-  double p;
-  double q;
-  double density;
+  double p;        ///< P(a, x)
+  double q;        ///< Q(a, x) = 1 - P(a, x)
+  double density;  ///< exp(-x) x^a / gamma(a)
 };
 
 /// The incomplete gamma ratios of one shape, with what they derive from it at any x. The routines
@@ -56,6 +56,7 @@ class IncompleteGamma {
   /// @param a  any number; of use when > 0 and finite
   explicit IncompleteGamma(double a);
 
+  /// The shape.
   [[nodiscard]] double a() const noexcept { return a_; }
   /// 1/gamma(1 + a) - 1 for a < 1.
   [[nodiscard]] double gam1() const noexcept { return gam1_; }
@@ -94,6 +95,7 @@ class IncompleteGamma {
 ///               NaN, gives ans = 2 and leaves qans as it is
 /// @param ind    the accuracy asked for: 0 full, 1 six digits, others three. All get the full one.
 void gratio(const IncompleteGamma& shape, double x, double& ans, double& qans, std::int16_t ind);
+/// The same for a plain shape, when one evaluation is all that is wanted.
 inline void gratio(double a, double x, double& ans, double& qans, std::int16_t ind) {
   gratio(IncompleteGamma(a), x, ans, qans, ind);
 }
@@ -112,6 +114,7 @@ inline void gratio(double a, double x, double& ans, double& qans, std::int16_t i
 ///              certain: p or q below 2.2e-298, or x beyond the double range
 void gaminv(const IncompleteGamma& shape, double& x, double x0, double p, double q,
             std::int16_t& ierr, Line caller = Line::here());
+/// The same for a plain shape, when one evaluation is all that is wanted.
 inline void gaminv(double a, double& x, double x0, double p, double q, std::int16_t& ierr,
                    Line caller = Line::here()) {
   gaminv(IncompleteGamma(a), x, x0, p, q, ierr, caller);

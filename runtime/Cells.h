@@ -25,7 +25,9 @@ class Cells : public Object {
   /// Numbers row by row; error 9 unless they fill at least one row and all rows.
   explicit Cells(std::span<const double> values, std::int32_t columns = 1);
 
+  /// How many rows there are.
   [[nodiscard]] std::int32_t rows() const { return rows_; }
+  /// How many columns there are.
   [[nodiscard]] std::int32_t columns() const { return columns_; }
 
   /// The content of a cell, to be read or changed; indices from 1, error 9 outside.

@@ -9,8 +9,8 @@ namespace palvex {
 /// The truncation limits of a distribution. A lower limit above the upper one ("reversed") keeps
 /// the two outer pieces and cuts out what lies between.
 struct Limits {
-  std::optional<double> lower;
-  std::optional<double> upper;
+  std::optional<double> lower;  ///< none: unlimited below
+  std::optional<double> upper;  ///< none: unlimited above
 
   /// Both present, the lower one greater.
   [[nodiscard]] bool reversed() const noexcept { return lower && upper && *lower > *upper; }

@@ -11,9 +11,9 @@ namespace palvex {
 /// The source line of a statement. A traced routine takes the line of the statement that calls it
 /// as its last, defaulted argument (`Line caller = Line::here()`), so that a failure can name it.
 struct Line {
-  std::uint_least32_t number;
+  std::uint_least32_t number;  ///< from 1; 0 for no line
 
-  // Explicit, so that a `{}` among a routine's arguments never means a line.
+  /// Explicit, so that a `{}` among a routine's arguments never means a line.
   explicit constexpr Line(std::uint_least32_t lineNumber) noexcept : number(lineNumber) {}
 
   /// The line on which the call (or the defaulted argument's call) is written.
@@ -24,13 +24,13 @@ struct Line {
 
 /// The error numbers that the run-time raises.
 namespace fault {
-inline constexpr std::int32_t invalidCall = 5;
-inline constexpr std::int32_t overflow = 6;
-inline constexpr std::int32_t outOfMemory = 7;
-inline constexpr std::int32_t subscript = 9;
-inline constexpr std::int32_t divisionByZero = 11;
-inline constexpr std::int32_t typeMismatch = 13;
-inline constexpr std::int32_t unknownMember = 438;
+inline constexpr std::int32_t invalidCall = 5;  ///< an argument for which a function is not defined
+inline constexpr std::int32_t overflow = 6;     ///< a result beyond the range of doubles, or NaN
+inline constexpr std::int32_t outOfMemory = 7;  ///< an allocation failed
+inline constexpr std::int32_t subscript = 9;    ///< an index outside of an array
+inline constexpr std::int32_t divisionByZero = 11;  ///< a number other than 0 divided by 0
+inline constexpr std::int32_t typeMismatch = 13;    ///< content that does not convert
+inline constexpr std::int32_t unknownMember = 438;  ///< an object has no member of that name
 }  // namespace fault
 
 /// The description that belongs to one of the numbers of `fault`; of another number, a general one.
@@ -48,8 +48,11 @@ class RuntimeError : public std::exception {
   RuntimeError(std::int32_t number, std::string description, std::string source = "palvex",
                Line line = Line::here());
 
+  /// What failed: one of `fault`, or a host's own number.
   [[nodiscard]] std::int32_t number() const noexcept { return state_->number; }
+  /// Where it failed: the first source, then a line for each routine, innermost first.
   [[nodiscard]] const std::string& source() const noexcept { return state_->source; }
+  /// What failed, for people.
   [[nodiscard]] const std::string& description() const noexcept { return state_->description; }
 
   /// Number, description and source in one text.

@@ -25,21 +25,31 @@ class Variant {
  public:
   /// Empty.
   Variant() noexcept = default;
+  /// @{
+  /// Same kind and content; the two share an object. One that was moved from keeps its kind, not
+  /// its content.
   Variant(const Variant&);
   Variant(Variant&&) noexcept;
   Variant& operator=(const Variant&);
   Variant& operator=(Variant&&) noexcept;
+  /// @}
   ~Variant();
 
+  /// @{
+  /// A Boolean.
   Variant(std::same_as<bool> auto value) noexcept : content_(Boolean(value)) {}
   Variant(Boolean value) noexcept : content_(value) {}
+  /// @}
   /// Any other arithmetic type is a number.
   template <class Number>
   requires(std::is_arithmetic_v<Number> && !std::same_as<Number, bool>) Variant(Number value)
   noexcept : content_(static_cast<double>(value)) {}
+  /// @{
+  /// A text.
   Variant(std::string text) noexcept : content_(std::move(text)) {}
   Variant(std::string_view text) : content_(std::string(text)) {}
   Variant(const char* text) : content_(std::string(text)) {}
+  /// @}
   /// An object; a null pointer is an object without members.
   template <std::derived_from<Object> Kind>
   Variant(std::shared_ptr<Kind> object) noexcept
@@ -59,11 +69,17 @@ class Variant {
   /// A two-dimensional array of empties with indices from 1; error 9 for a negative size.
   static Variant array(std::int32_t rows, std::int32_t columns, Line line = Line::here());
 
+  /// Whether nothing was ever assigned.
   [[nodiscard]] bool isEmpty() const noexcept { return holds<std::monostate>(); }
+  /// Whether it stands for an argument that was left out.
   [[nodiscard]] bool isMissing() const noexcept { return holds<Missing>(); }
+  /// Whether it is a text, numeric or not.
   [[nodiscard]] bool isText() const noexcept { return holds<std::string>(); }
+  /// Whether it is a worksheet error value.
   [[nodiscard]] bool isError() const noexcept { return holds<ErrorValue>(); }
+  /// Whether it is an object, be it a null one.
   [[nodiscard]] bool isObject() const noexcept { return holds<std::shared_ptr<Object>>(); }
+  /// Whether it is an array of one or two dimensions.
   [[nodiscard]] bool isArray() const noexcept { return holds<Array>(); }
   /// True for a finite number, a Boolean and a numeric text (see NumericText.h).
   [[nodiscard]] bool isNumeric() const;
@@ -79,6 +95,7 @@ class Variant {
   /// The code of a worksheet error value; error 13 for anything else.
   [[nodiscard]] std::int32_t errorCode(Line line = Line::here()) const;
 
+  /// @{
   /// An element of an array; error 9 out of bounds or with the wrong number of indices, 13 when
   /// this is no array.
   [[nodiscard]] Variant& at(std::int32_t i, Line line = Line::here());
@@ -86,10 +103,13 @@ class Variant {
   [[nodiscard]] Variant& at(std::int32_t row, std::int32_t column, Line line = Line::here());
   [[nodiscard]] const Variant& at(std::int32_t row, std::int32_t column,
                                   Line line = Line::here()) const;
+  /// @}
+  /// @{
   /// First and last index of a dimension (1 or 2); error 9 for a dimension that is not there, 13
   /// when this is no array.
   [[nodiscard]] std::int32_t lowerBound(std::int32_t dimension = 1, Line line = Line::here()) const;
   [[nodiscard]] std::int32_t upperBound(std::int32_t dimension = 1, Line line = Line::here()) const;
+  /// @}
 
   /// Same kind and same content. Never raises.
   friend bool operator==(const Variant& a, const Variant& b) noexcept {

@@ -17,26 +17,28 @@ struct Contradiction : Fault {
 
 /// Rank correlations (Spearman's) between inputs.
 struct Correlations {
-  std::vector<std::string> names;
-  std::vector<double> ranks;  // of each name with each, row by row
+  std::vector<std::string> names;  ///< the correlated inputs, in any order
+  std::vector<double> ranks;       ///< of each name with each, row by row, in [-1, 1]
 
   /// Of a worksheet with the names in its first row and in its first column.
   /// @throws Fault unless it is symmetric with ones on its diagonal and otherwise in [-1, 1]
   static Correlations fromSheet(const Sheet& sheet);
 
+  /// The correlation of names[i] with names[j].
   [[nodiscard]] double at(std::size_t i, std::size_t j) const {
     return ranks[i * names.size() + j];
   }
 
   /// The largest change that repair() made.
   struct Change {
-    std::string first;
-    std::string second;
-    double before;
-    double after;
+    std::string first;   ///< name of an input
+    std::string second;  ///< name of the other one
+    double before;       ///< rank correlation as it was given
+    double after;        ///< as it is now
   };
-  /// Replaces the correlations of the normal scores by the nearest ones that can be (Higham:
-  /// Computing the nearest correlation matrix; IMA J. Numer. Anal. 22, 2002), if they can not.
+  /// Where no draws can have these correlations together, takes the nearest that draws can have
+  /// (Higham: Computing the nearest correlation matrix; IMA J. Numer. Anal. 22, 2002).
+  /// @returns the largest change; nothing when none was needed
   std::optional<Change> repair();
 };
 

@@ -10,9 +10,9 @@ namespace palvex::simulation {
 
 /// An expression of the values of other rows, which stand in it as [Name].
 struct Formula {
-  std::string text;               // as it was written
-  std::string expression;         // with [0], [1], ... in the names' places
-  std::vector<std::size_t> rows;  // what these stand for
+  std::string text;               ///< as it was written
+  std::string expression;         ///< `text` with [0], [1], ... in the names' places
+  std::vector<std::size_t> rows;  ///< places in Model::rows that [0], [1], ... stand for
 
   /// @param rowOf  the row of a name; throws Fault for one that is not there
   /// @throws Fault when the text is no formula
@@ -23,9 +23,13 @@ struct Formula {
 /// A formula made ready to be worked out many times, on one thread.
 class Calculator {
  public:
+  /// @param formula  as Formula::parse made it
   explicit Calculator(const Formula& formula);
+  /// @{
+  /// References to operands stay good.
   Calculator(Calculator&&) noexcept;
   Calculator& operator=(Calculator&&) noexcept;
+  /// @}
   ~Calculator();
 
   /// The value of the formula's row number `i` (as in Formula::rows), to be set before a call.

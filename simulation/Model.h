@@ -20,12 +20,12 @@ namespace palvex::simulation {
 
 /// The value of a row above, in the same trial.
 struct RowValue {
-  std::size_t row;  // its place in Model::rows
+  std::size_t row;  ///< its place in Model::rows
 };
 
 /// The value of a workbook's cell, in the same trial.
 struct CellValue {
-  std::size_t cell;  // its place in Model::cells
+  std::size_t cell;  ///< its place in Model::cells
 };
 
 /// A parameter, limit or chance as it is given: fixed (a number, a text that the engine knows, a
@@ -37,18 +37,19 @@ using Number = std::variant<double, RowValue, CellValue>;
 
 /// What an input of a model is made from.
 struct Input {
-  std::string name;
-  std::string type;                 // one of lawTypes
-  std::vector<Operand> parameters;  // in their order; a minimum that is left out is 0
-  Operand lower;                    // limits; empty for none
-  Operand upper;
-  Operand chance = Variant(1.0);  // that it happens at all; otherwise its value is 0
-  std::string unit;
-  std::string cell;  // of a workbook, that receives the draw
+  std::string name;                 ///< what formulas call it
+  std::string type;                 ///< one of lawTypes
+  std::vector<Operand> parameters;  ///< in the order of the type; a minimum left out is 0
+  Operand lower;                    ///< lower limit; empty for none
+  Operand upper;                    ///< upper limit; empty for none
+  Operand chance = Variant(1.0);    ///< of happening, from 0 to 1; its value is 0 otherwise
+  std::string unit;                 ///< for people: "days"
+  std::string cell;                 ///< of a workbook, to receive the draw; "" for none
 };
 
 /// One row of a model: an input, or a result.
 struct Row {
+  /// What a row is.
   enum class Kind {
     input,    // a draw
     formula,  // an expression of rows above
@@ -56,23 +57,29 @@ struct Row {
     total     // the sum of all inputs
   };
 
-  Kind kind = Kind::input;
-  std::string name;
-  std::string place;  // for messages: "Row 7, Rework"
-  std::string type;   // of an input
-  std::string unit;
-  std::string cell;
+  Kind kind = Kind::input;  ///< an input, or what kind of result
+  std::string name;         ///< what formulas call it
+  std::string place;        ///< for messages: "Row 7, Rework"
+  std::string type;         ///< of an input, one of lawTypes; else ""
+  std::string unit;         ///< for people: "days"
+  std::string cell;         ///< of a workbook: receives the draw, or holds the result
 
-  // Of an input. Whatever of its law is fixed is in `law`; what is not is set up anew in each
-  // trial.
-  std::optional<Law> law;              // none with a live parameter
-  std::vector<Number> parameters;      // all of them when one is live, otherwise none
-  std::optional<Number> lower, upper;  // limits when one of them or a parameter is live
-  Number chance = 1.0;
+  // Of an input. Whatever of its law is fixed is in `law`; what is live, because it refers to a row
+  // above or a cell, is set up anew in each trial.
+  std::optional<Law> law;          ///< none where a parameter is live
+  std::vector<Number> parameters;  ///< all of them when one is live, otherwise none
+  /// @{
+  /// The limits, when one of them or a parameter is live; otherwise none: they are in `law`.
+  std::optional<Number> lower;
+  std::optional<Number> upper;
+  /// @}
+  Number chance = 1.0;  ///< that it happens at all, from 0 to 1
 
-  Formula formula;  // of a result
+  Formula formula;  ///< of a result that has one
 
+  /// Whether it is a draw.
   [[nodiscard]] bool isInput() const { return kind == Kind::input; }
+  /// Whether its law depends on other rows or cells, and is set up anew in each trial.
   [[nodiscard]] bool isLive() const { return !parameters.empty() || lower || upper; }
 };
 
@@ -118,6 +125,7 @@ class Model {
   [[nodiscard]] std::span<const Row> rows() const { return rows_; }
   /// Places of the inputs and of the results in rows().
   [[nodiscard]] std::span<const std::size_t> inputs() const { return inputs_; }
+  /// Places of the results in rows(): never empty.
   [[nodiscard]] std::span<const std::size_t> results() const { return results_; }
   /// The names of all inputs.
   [[nodiscard]] std::vector<std::string> inputNames() const;

@@ -20,19 +20,24 @@ namespace palvex::simulation {
 
 /// An interval of values, ends included.
 struct Interval {
-  double low = -std::numeric_limits<double>::infinity();
-  double high = std::numeric_limits<double>::infinity();
+  double low = -std::numeric_limits<double>::infinity();  ///< -infinity for no end
+  double high = std::numeric_limits<double>::infinity();  ///< infinity for no end
 };
 
 /// Values as seen through an interval: how many lie below it, on its ends, and which inside.
 class Window {
  public:
+  /// @param interval  outside of which values are only counted
   explicit Window(const Interval& interval) : interval_(interval) {}
 
+  /// The interval as it was narrowed last.
   [[nodiscard]] const Interval& interval() const { return interval_; }
+  /// How many values it holds in memory.
   [[nodiscard]] std::size_t kept() const { return inside_.size(); }
 
+  /// Counts values, and keeps those inside.
   void add(std::span<const double> values);
+  /// Counts values that are known to lie below the interval.
   void addBelow(std::uint64_t times) { below_ += times; }
   /// Narrows the interval to one within it.
   void narrow(const Interval& interval);
@@ -53,9 +58,9 @@ class Window {
 
 /// Equal cells between two values, and what lies outside of them.
 struct Cells {
-  double low = 0;
-  double width = 0;  // of a cell; 0 when all values that they were made for are equal
-  std::uint64_t count = 0;
+  double low = 0;           ///< where the first cell begins
+  double width = 0;         ///< of each cell; 0 when all values that they were made for are equal
+  std::uint64_t count = 0;  ///< how many cells
 
   /// 0 below the cells, 1, 2, ... in them, count + 1 above them; never less for a greater value.
   [[nodiscard]] std::size_t placeOf(double value) const;
@@ -63,23 +68,24 @@ struct Cells {
 
 /// How many values lie in each of equal cells, and outside of them.
 struct Histogram {
-  double low = 0;
-  double width = 0;  // of a cell; 0 when the values are equal
-  std::uint64_t below = 0;
-  std::uint64_t above = 0;
-  std::vector<std::uint64_t> counts;
+  double low = 0;                     ///< where the first cell begins
+  double width = 0;                   ///< of each cell; 0 when the values are equal
+  std::uint64_t below = 0;            ///< how many values lie below the cells
+  std::uint64_t above = 0;            ///< how many values lie above them
+  std::vector<std::uint64_t> counts;  ///< how many values lie in each cell
 };
 
 /// What a part of the values is reduced to, so that exact percentiles of all come out: at first the
 /// values themselves; later, when it is known in which cells the percentiles will lie, how many
 /// there are in each place, and the values in these cells.
 struct Digest {
-  std::uint64_t count = 0;
-  std::vector<double> values;
-  Cells cells;
-  std::vector<std::uint64_t> counts;  // of each place of the cells; at first, none
-  std::vector<bool> wanted;           // the places whose values are kept
+  std::uint64_t count = 0;            ///< how many were added
+  std::vector<double> values;         ///< those that are kept, in their order
+  Cells cells;                        ///< there are none at first
+  std::vector<std::uint64_t> counts;  ///< of each place, see Cells::placeOf; at first none
+  std::vector<bool> wanted;           ///< the places whose values are kept
 
+  /// Adds values that come after those before.
   void add(std::span<const double> some);
 };
 
@@ -104,14 +110,16 @@ class Percentiles {
   /// Joins a part. The parts come in their order.
   void add(Digest part);
 
+  /// How many values came in.
   [[nodiscard]] std::uint64_t count() const { return count_; }
   /// All values so far in their order; none once there are more than pilotSize.
   [[nodiscard]] std::span<const double> pilot() const { return pilot_; }
 
+  /// A percentile and its interval.
   struct Estimate {
-    double value;
-    double low;  // of the interval of intervalRanks
-    double high;
+    double value;  ///< the value at the percentile's rank
+    double low;    ///< lower end of the 95 % interval, see intervalRanks
+    double high;   ///< its upper end
   };
   /// A percentile of all values so far; nothing when its window missed it.
   /// @param index  of the percent

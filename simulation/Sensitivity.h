@@ -16,8 +16,8 @@ namespace palvex::simulation {
 
 /// What a result does over the distribution of one input, which is cut into equally probable cells.
 struct Conditional {
-  std::span<const std::uint64_t> counts;  // trials in each cell
-  std::span<const double> sums;           // of the result in each cell
+  std::span<const std::uint64_t> counts;  ///< trials in each cell
+  std::span<const double> sums;           ///< sum of the result in each cell
 
   /// The variance of the result's means in `shares` equal shares of the input, over the result's.
   [[nodiscard]] double varianceShare(std::size_t shares, const Moments& result) const;

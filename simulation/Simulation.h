@@ -22,46 +22,50 @@ namespace palvex::simulation {
 
 /// What is to be simulated beside the model.
 struct Settings {
-  std::uint64_t trials = 10'000;  // from 1 to 2^62
-  std::uint64_t seed = 1;
-  Sampling sampling = Sampling::random;
-  std::optional<Correlations> correlations;
-  std::vector<double> percents = {5, 10, 50, 80, 90, 95};  // from 0 to 100, in any order
-  bool skipFailures = false;    // leave trials that fail out, instead of stopping with a TrialFault
-  std::optional<double> until;  // stop when each percentile's interval is narrower than this share
-                                // of its value
-  bool describeTrials = false;  // hand on a line of text for each trial, see Simulation::onTrials
+  std::uint64_t trials = 10'000;                           ///< from 1 to 2^62
+  std::uint64_t seed = 1;                                  ///< the same seed gives the same draws
+  Sampling sampling = Sampling::random;                    ///< how inputs are drawn
+  std::optional<Correlations> correlations;                ///< none: the inputs are independent
+  std::vector<double> percents = {5, 10, 50, 80, 90, 95};  ///< from 0 to 100, in any order
+  /// Whether trials that fail are left out, instead of ending the run with a TrialFault.
+  bool skipFailures = false;
+  /// Stop when the 95 % interval of each percentile is narrower than this share of its value.
+  std::optional<double> until;
+  /// Whether there is to be a line of text for each trial, see Simulation::onTrials.
+  bool describeTrials = false;
 };
 
-/// Sums of the results in the cells of each input's position.
+/// Sums of the results over the trials in which an input lies in one of the positionCells equally
+/// probable cells of its distribution.
 struct CellSums {
-  std::vector<std::uint64_t> counts;  // of inputs x positionCells
-  std::vector<double> sums;           // of results x inputs x positionCells
+  std::vector<std::uint64_t> counts;  ///< trials, [input][cell]
+  std::vector<double> sums;           ///< of the results, [result][input][cell]
 
+  /// Joins the sums of later trials.
   void add(const CellSums& later);
 };
 
 /// One block of trials to be worked out, anywhere and in any order.
 struct Task {
-  std::uint64_t block = 0;
-  int pass = 1;            // the trials are drawn again when a percentile was missed
-  bool statistics = true;  // false when only percentiles are still missing
-  bool sample = true;      // the values themselves are asked for, too, for rank correlations
-  std::shared_ptr<const std::vector<Digest>> blanks;  // of each result
+  std::uint64_t block = 0;  ///< its number, from 0
+  int pass = 1;             ///< 2, ... when trials are drawn again because a percentile was missed
+  bool statistics = true;   ///< false when only percentiles are still missing
+  bool sample = true;       ///< whether the values are asked for, too, for rank correlations
+  std::shared_ptr<const std::vector<Digest>> blanks;  ///< what each result is to be added to
 };
 
 /// What a block of trials is reduced to.
 struct Block {
-  std::uint64_t number = 0;
-  int pass = 1;
-  std::uint64_t trials = 0;  // that count
-  std::uint64_t failures = 0;
-  std::string fault;             // of the first that failed
-  std::vector<Moments> moments;  // of each row
-  CellSums cells;
-  std::vector<std::vector<double>> sample;  // of each row
-  std::vector<Digest> digests;              // of each result
-  std::string text;                         // a line for each trial
+  std::uint64_t number = 0;                 ///< that of the Task
+  int pass = 1;                             ///< that of the Task
+  std::uint64_t trials = 0;                 ///< how many did not fail
+  std::uint64_t failures = 0;               ///< how many failed
+  std::string fault;                        ///< why the first one failed, in one sentence
+  std::vector<Moments> moments;             ///< of each row of the model
+  CellSums cells;                           ///< empty without Task::statistics
+  std::vector<std::vector<double>> sample;  ///< values of each row; empty without Task::sample
+  std::vector<Digest> digests;              ///< of each result
+  std::string text;                         ///< see Settings::describeTrials
 };
 
 /// A simulation as a coordinator sees it: it deals out blocks of trials and combines what becomes
@@ -73,16 +77,22 @@ struct Block {
 ///     Results results = simulation.results();
 class Simulation {
  public:
+  /// Trials in each block but the last.
   static constexpr std::uint64_t blockTrials = 65'536;
+  /// The first trials, which rank correlations are made from.
   static constexpr std::uint64_t rankTrials = 100'000;
 
   /// @param model  is to outlive the simulation
   /// @throws Fault
   Simulation(const Model& model, Settings settings);
 
+  /// What is simulated.
   [[nodiscard]] const Model& model() const { return model_; }
+  /// How it is simulated.
   [[nodiscard]] const Settings& settings() const { return settings_; }
+  /// Draws the uniform numbers of any trial.
   [[nodiscard]] const Sampler& sampler() const { return sampler_; }
+  /// Correlates them; null for independent inputs.
   [[nodiscard]] const Copula* copula() const { return copula_ ? &*copula_ : nullptr; }
 
   /// The next block to work out; nothing while all are dealt out. Then results may still come that
@@ -91,6 +101,7 @@ class Simulation {
   /// Takes a block that was worked out; in any order.
   /// @throws TrialFault when a trial failed: the first one of all
   void add(Block block);
+  /// Whether all results are known: then no further block is needed.
   [[nodiscard]] bool finished() const { return complete_; }
   /// Blocks that all trials make.
   [[nodiscard]] std::uint64_t blocks() const { return blocks_; }

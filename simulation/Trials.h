@@ -21,7 +21,8 @@ inline constexpr std::size_t positionCells = 160;
 /// Works out trials, some at a time, column by column: for one thread.
 class Trials {
  public:
-  static constexpr std::size_t most = 1024;  // at a time, so that the columns stay in the cache
+  /// How many trials are worked out at a time, so that the columns stay in the cache.
+  static constexpr std::size_t most = 1024;
 
   /// All of them are to outlive this one.
   /// @param copula    null for independent inputs
@@ -33,7 +34,9 @@ class Trials {
   void work(std::uint64_t first, std::size_t count);
 
   // Of the trials of the last call that did not fail, in their order.
+  /// How many trials did not fail.
   [[nodiscard]] std::size_t count() const { return count_; }
+  /// The values of a row of the model.
   [[nodiscard]] std::span<const double> values(std::size_t row) const {
     return {values_[row].data(), count_};
   }
@@ -43,6 +46,7 @@ class Trials {
     return {cells_[input].data(), count_};
   }
 
+  /// How many trials failed.
   [[nodiscard]] std::size_t failures() const { return failures_; }
   /// Why the first trial that failed did: a sentence.
   [[nodiscard]] const std::string& fault() const { return fault_; }
