@@ -7,6 +7,7 @@
 #include <limits>
 #include <string>
 
+#include "numerics/Power.h"
 #include "numerics/m_GammaRatio.h"
 #include "numerics/m_RootFinding.h"
 
@@ -180,7 +181,7 @@ double density(double x, double shape, double scale, double location, const Limi
 bool densityHolds(double x, double shape, double scale, double location) noexcept {
   if (!(shape > 0 && scale > 0 && x > location)) return true;
   const double z = (x - location) / scale;
-  const double product = std::pow(z, shape - 1) * std::exp(-z);
+  const double product = powerOf(z, shape - 1) * std::exp(-z);
   return product > 0 && std::isfinite(product);
 }
 

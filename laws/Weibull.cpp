@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "laws/Gamma.h"
+#include "numerics/Power.h"
 #include "numerics/m_GammaFunctions.h"
 
 namespace palvex::laws {
@@ -30,7 +31,7 @@ double Weibull::density(double x) const noexcept {
 double Weibull::logDensity(double x) const noexcept {
   if (x < minimum_) return -infinity;
   const double z = (x - minimum_) / scale_;
-  const double power = std::pow(z, shape_);
+  const double power = powerOf(z, shape_);
   if (std::isinf(power)) return -infinity;
   const double logPower = shape_ == 1 ? 0 : (shape_ - 1) * std::log(z);
   return logPower + std::log(shape_) - std::log(scale_) - power;
@@ -45,8 +46,8 @@ std::optional<Moments> Weibull::moments(const Limits& limits) const {
       return underflows(distance(limit, minimum_), scale_);
     };
     if (tooClose(x.lower) || tooClose(x.upper)) return {};
-    const double lower = std::pow(distance(x.lower, minimum_) / scale_, shape_);
-    const double upper = std::pow(distance(x.upper, minimum_) / scale_, shape_);
+    const double lower = powerOf(distance(x.lower, minimum_) / scale_, shape_);
+    const double upper = powerOf(distance(x.upper, minimum_) / scale_, shape_);
     for (const int order : {0, 1, 2}) {
       const double argument = 1 + order / shape_;
       addRatio(standardized, order, m_Gamma::gamma(argument), argument, lower, upper);

@@ -5,6 +5,7 @@
 #include "laws/Moments.h"
 #include "laws/Support.h"
 #include "laws/Tails.h"
+#include "numerics/Power.h"
 
 namespace palvex::laws {
 
@@ -28,14 +29,14 @@ class Weibull {
   /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept {
     if (x <= minimum_) return {0, 1};
-    const double power = std::pow((x - minimum_) / scale_, shape_);
+    const double power = powerOf((x - minimum_) / scale_, shape_);
     return {-std::expm1(-power), std::exp(-power)};
   }
   /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
     // Only a small p has digits that q has lost.
     const double power = p < 0.01 ? -std::log1p(-p) : -std::log(q);
-    return minimum_ + scale_ * std::pow(power, 1 / shape_);
+    return minimum_ + scale_ * powerOf(power, 1 / shape_);
   }
 
   /// Mean and standard deviation of what the limits keep, in closed form; nothing where its terms

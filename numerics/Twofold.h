@@ -1,6 +1,7 @@
 #pragma once
 
-#include <cmath>
+#include <bit>
+#include <cstdint>
 
 /// Numbers in two parts, for the few places where the rounding of one double would be magnified.
 namespace palvex {
@@ -18,16 +19,33 @@ struct Twofold {
   return {sum, (a - (sum - fromB)) + (b - fromB)};
 }
 
+/// a in two parts of 26 and 27 bits, exactly, so that products of parts are exact but for the last
+/// bit of the smallest.
+[[nodiscard]] inline Twofold halvesOf(double a) noexcept {
+  constexpr std::uint64_t upperBits = ~((std::uint64_t{1} << 27) - 1);
+  const auto upper = std::bit_cast<double>(std::bit_cast<std::uint64_t>(a) & upperBits);
+  return {upper, a - upper};
+}
+
+/// a b - product, where product is a b rounded (T. J. Dekker, Numer. Math. 18 (1971) 224-242). Not
+/// by std::fma: some C libraries for Windows round that twice.
+[[nodiscard]] inline double restOfProduct(double a, double b, double product) noexcept {
+  const Twofold x = halvesOf(a);
+  const Twofold y = halvesOf(b);
+  return ((x.hi * y.hi - product) + x.hi * y.lo + x.lo * y.hi) + x.lo * y.lo;
+}
+
 /// x y to twice the precision of a double.
 [[nodiscard]] inline Twofold productOf(Twofold x, Twofold y) noexcept {
   const double product = x.hi * y.hi;
-  return {product, std::fma(x.hi, y.hi, -product) + (x.hi * y.lo + x.lo * y.hi)};
+  return {product, restOfProduct(x.hi, y.hi, product) + (x.hi * y.lo + x.lo * y.hi)};
 }
 
 /// x/y to twice the precision of a double.
 [[nodiscard]] inline Twofold quotientOf(Twofold x, double y) noexcept {
   const double quotient = x.hi / y;
-  return {quotient, (std::fma(-quotient, y, x.hi) + x.lo) / y};
+  const double product = quotient * y;
+  return {quotient, ((x.hi - product) - restOfProduct(quotient, y, product) + x.lo) / y};
 }
 
 /// 1 - x for x in (0, 1), given with `rounded`, which is 1 - x but for its last digits.

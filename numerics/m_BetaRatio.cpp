@@ -5,6 +5,7 @@
 #include <limits>
 #include <numbers>
 
+#include "numerics/Power.h"
 #include "numerics/m_BetaFunctions.h"
 #include "numerics/m_GammaFunctions.h"
 #include "numerics/m_MathUtil.h"
@@ -220,7 +221,7 @@ Twofold withAllDigits(double x, double y) {
 
 /// scale x^a y^b; as a square, because a factor alone may leave the range of doubles.
 double scaledPowers(double scale, Twofold x, double a, Twofold y, double b) {
-  const double root = std::pow(x.hi, a / 2) * std::pow(y.hi, b / 2);
+  const double root = powerOf(x.hi, a / 2) * powerOf(y.hi, b / 2);
   return scale * root * root * std::exp(logOfRest(x, a) + logOfRest(y, b));
 }
 
@@ -247,10 +248,10 @@ BetaPower::BetaPower(double a, double b)
     scale_ = inverseGamma(low) * shiftRatio(low, high);
     if (low <= 1) {
       base_ = high;
-      powerOfBase_ = std::pow(base_, low);
+      powerOfBase_ = powerOf(base_, low);
     } else {  // one over the mean, nearly, so that the logarithm is small around it
       base_ = high / low;
-      scale_ *= std::pow(low, low);
+      scale_ *= powerOf(low, low);
     }
   }
 }
@@ -360,7 +361,7 @@ LargeShape::LargeShape(double a, double b)
     : b_(b),
       nu_(sumOf(a, 0.5 * (b - 1))),
       inverseGamma_(inverseGamma(b)),
-      scale_(inverseGamma_ * shiftRatio(b, a) * std::pow(a / nu_.hi, b)) {}
+      scale_(inverseGamma_ * shiftRatio(b, a) * powerOf(a / nu_.hi, b)) {}
 
 double LargeShape::coefficient(std::size_t n) {
   static constexpr auto inverseFactorials = [] {
@@ -389,7 +390,7 @@ void LargeShape::prepare() {
 double LargeShape::power(double x, double y, double lnx, double z) const {
   if (z <= smallExponent) return std::exp(b_ * std::log(z) - z);
   const Twofold base = withAllDigits(x, y);
-  return std::pow(z, b_) * std::pow(base.hi, nu_.hi) *
+  return powerOf(z, b_) * powerOf(base.hi, nu_.hi) *
          std::exp(logOfRest(base, nu_.hi) + nu_.lo * lnx);
 }
 
@@ -550,12 +551,12 @@ Tails IncompleteBeta::smallShapes(Side& side, double x, double y) {
   const auto series = [&] { return fromLower(powerSeries(power().headX(x, y), a, b, x)); };
   const auto mirroredSeries = [&] { return fromUpper(powerSeries(power().headY(x, y), b, a, y)); };
   if (std::max(a, b) <= 1) {
-    if (a >= std::min(0.2, b) || std::pow(x, a) <= 0.9) return series();
+    if (a >= std::min(0.2, b) || powerOf(x, a) <= 0.9) return series();
     if (x >= 0.3) return mirroredSeries();
   } else {
     if (b <= 1) return series();
     if (x >= 0.3) return mirroredSeries();
-    if (x < 0.1 && std::pow(x * b, a) <= 0.7) return series();
+    if (x < 0.1 && powerOf(x * b, a) <= 0.7) return series();
   }
   // I_y(b, a), whose first shape is made large by steps of 1 where it is not.
   LargeShape& large = prepared(side.large, largeEnough(b), a);

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 
+#include "numerics/Power.h"
 #include "numerics/Twofold.h"
 #include "numerics/m_MathUtil.h"
 
@@ -149,7 +150,7 @@ double bellAt(double a, double x, double y) {
   // factor alone may leave the range of doubles.
   const Twofold base = quotientOf({x}, a);
   const Twofold exponent = sumOf(a, -x);
-  const double root = std::pow(base.hi, a / 2) * std::exp(exponent.hi / 2);
+  const double root = powerOf(base.hi, a / 2) * std::exp(exponent.hi / 2);
   return root * root * std::exp(logOfRest(base, a) + exponent.lo);
 }
 
@@ -243,10 +244,10 @@ double IncompleteGamma::power(double x) const {
   if (a >= largeShape) return factor_ * bellAt(a, x, deviance(a, x));
   if (a < 4 && x > 0.125 && x < 8) return factor_ * std::exp(a * std::log(x) - x);
   // The power itself, because exp would magnify the rounding of a large logarithm.
-  if (x < 700) return factor_ * (std::exp(-x) * std::pow(x, a));
+  if (x < 700) return factor_ * (std::exp(-x) * powerOf(x, a));
   if (x > 2000) return 0;
   const double root = std::exp(-x / 2);
-  return factor_ * (root * std::pow(x, a)) * root;
+  return factor_ * (root * powerOf(x, a)) * root;
 }
 
 /// a < 1, x < 1.1: gamma(1 + a) x^-a P = 1 - J with J = a x (1/(a + 1) - x (0.5/(a + 2) - ...)).
@@ -269,7 +270,7 @@ Ratio IncompleteGamma::smallShape(double x) const {
   const double g = 1 + gam1_;
   if (x < 0.25 ? z <= -0.13394 : a >= x / 2.59) {
     // The power itself, because exp(z) would magnify the rounding of a large z.
-    const double power = z > -2 ? std::exp(z) : std::pow(x, a);
+    const double power = z > -2 ? std::exp(z) : powerOf(x, a);
     return fromP(power * g * (0.5 + (0.5 - j)), factor_ * (power * std::exp(-x)));
   }
   const double l = m_MathUtil::rexp(z);
