@@ -29,6 +29,7 @@ double c_Distribution::liveParameter(const Variant& parameter, Line caller) {
 }
 
 Variant c_Distribution::liveLimit(const Variant& limit, Line caller) {
+  if (!limit.isObject()) return limit;
   const Variant held = limit;  // NOLINT(performance-unnecessary-copy-initialization): as above
   return IsRange(held) ? held.toObject(caller)->get("Value", {}, caller) : held;
 }

@@ -54,7 +54,7 @@ struct Ratio {
 class IncompleteGamma {
  public:
   /// @param a  any number; of use when > 0 and finite
-  explicit IncompleteGamma(double a);
+  explicit IncompleteGamma(double a) noexcept;
 
   /// The shape.
   [[nodiscard]] double a() const noexcept { return a_; }

@@ -219,7 +219,7 @@ double reciprocalGamma(double a) {
 
 }  // namespace
 
-IncompleteGamma::IncompleteGamma(double a) : a_(a) {
+IncompleteGamma::IncompleteGamma(double a) noexcept : a_(a) {
   if (!(a > 0 && std::isfinite(a))) return;
   if (a < 1) {
     gam1_ = m_Gamma::gam1(a);

@@ -14,11 +14,31 @@ constexpr std::size_t cellCount = 400;
 constexpr std::size_t leastCapacity = 65'536;
 
 /// The smallest rank in [1, n] of which `holds` is true, n + 1 if there is none; what holds of a
-/// rank holds of all greater ones.
+/// rank holds of all greater ones. Quick where `guess`, in [1, n], is near.
 template <class Condition>
-std::uint64_t firstRank(std::uint64_t n, Condition holds) {
+std::uint64_t firstRank(std::uint64_t n, std::uint64_t guess, Condition holds) {
   std::uint64_t low = 1;
   std::uint64_t high = n + 1;
+  // Steps that double, away from the guess until the rank lies behind.
+  if (holds(guess)) {
+    high = guess;
+    for (std::uint64_t step = 1; step < high && low == 1; step *= 2) {
+      if (holds(high - step)) {
+        high -= step;
+      } else {
+        low = high - step + 1;
+      }
+    }
+  } else {
+    low = guess + 1;
+    for (std::uint64_t step = 1; low + step <= n && high == n + 1; step *= 2) {
+      if (holds(low + step)) {
+        high = low + step;
+      } else {
+        low += step + 1;
+      }
+    }
+  }
   while (low < high) {
     const std::uint64_t middle = low + (high - low) / 2;
     if (holds(middle)) {
@@ -58,10 +78,17 @@ std::pair<std::uint64_t, std::uint64_t> intervalRanks(double percent, std::uint6
   const auto orderStatistic = [n](std::uint64_t k) {
     return Law::beta(static_cast<double>(k), static_cast<double>(n - k + 1));
   };
-  const std::uint64_t pastLow =
-      firstRank(n, [&](std::uint64_t k) { return orderStatistic(k).exceedance(p) > tail; });
-  const std::uint64_t high =
-      firstRank(n, [&](std::uint64_t k) { return orderStatistic(k).probability(p) <= tail; });
+  const auto trials = static_cast<double>(n);
+  const double spread = 1.96 * std::sqrt(trials * p * (1 - p));
+  const auto nearby = [&](double rank) {
+    return static_cast<std::uint64_t>(std::clamp(std::round(rank), 1.0, trials));
+  };
+  const std::uint64_t pastLow = firstRank(n, nearby(trials * p - spread), [&](std::uint64_t k) {
+    return orderStatistic(k).exceedance(p) > tail;
+  });
+  const std::uint64_t high = firstRank(n, nearby(trials * p + spread + 1), [&](std::uint64_t k) {
+    return orderStatistic(k).probability(p) <= tail;
+  });
   return {std::max<std::uint64_t>(pastLow - 1, 1), std::min(high, n)};
 }
 
@@ -152,7 +179,9 @@ void Percentiles::add(Digest part) {
 std::span<const double> Percentiles::sortedPilot() {
   if (sorted_.size() != pilot_.size()) {
     sorted_.clear();
-    for (const std::uint32_t place : orderOf(pilot_)) sorted_.push_back(pilot_[place]);
+    sorted_.reserve(pilot_.size());
+    Sorter sorter;
+    for (const std::uint32_t place : sorter.order(pilot_)) sorted_.push_back(pilot_[place]);
   }
   return sorted_;
 }

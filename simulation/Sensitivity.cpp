@@ -5,8 +5,6 @@
 #include <limits>
 #include <numeric>
 
-#include "simulation/Order.h"
-
 namespace palvex::simulation {
 
 namespace {
@@ -15,8 +13,8 @@ constexpr double undefined = std::numeric_limits<double>::quiet_NaN();
 
 }  // namespace
 
-std::vector<double> ranksOf(std::span<const double> values) {
-  const std::vector<std::uint32_t> order = orderOf(values);
+std::vector<double> ranksOf(std::span<const double> values, Sorter& sorter) {
+  const std::span<const std::uint32_t> order = sorter.order(values);
   std::vector<double> ranks(values.size());
   for (std::size_t from = 0; from < order.size();) {
     std::size_t to = from;

@@ -4,12 +4,13 @@
 #include <span>
 #include <vector>
 
+#include "simulation/Order.h"
 #include "simulation/Statistics.h"
 
 namespace palvex::simulation {
 
 /// Ranks from 1, equal values with the mean of theirs.
-[[nodiscard]] std::vector<double> ranksOf(std::span<const double> values);
+[[nodiscard]] std::vector<double> ranksOf(std::span<const double> values, Sorter& sorter);
 
 /// Pearson's correlation; NaN without spread.
 [[nodiscard]] double correlation(std::span<const double> a, std::span<const double> b);

@@ -80,7 +80,12 @@ std::optional<Task> Simulation::next() {
   task.block = dealt_++;
   task.pass = pass_;
   task.statistics = pass_ == 1;
-  task.sample = pass_ == 1 && sample_[0].size() < rankTrials;
+  if (pass_ == 1) {
+    // Without failures it is known how many come from the blocks before.
+    const std::uint64_t before =
+        settings_.skipFailures ? sample_[0].size() : task.block * blockTrials;
+    task.sample = rankTrials - std::min(before, rankTrials);
+  }
   task.blanks = blanks_;
   return task;
 }
@@ -112,8 +117,12 @@ void Simulation::combine(Block block) {
   renewBlanks();
 }
 
-void Simulation::addSample(const Block& block) {
+void Simulation::addSample(Block& block) {
   if (block.sample.empty()) return;
+  if (sample_[0].empty()) {
+    sample_ = std::move(block.sample);
+    return;
+  }
   for (std::size_t i = 0; i < sample_.size(); ++i) {
     const std::size_t wanted = rankTrials - sample_[i].size();
     const auto first = block.sample[i].begin();
@@ -194,18 +203,26 @@ Percentile Simulation::percentile(std::size_t result, double percent) {
   return {percent, found->value, found->low, found->high};
 }
 
-std::vector<Sensitivity> Simulation::sensitivities(std::size_t result) const {
-  const std::size_t inputs = model_.inputs().size();
-  const std::size_t row = model_.results()[result];
-  const std::vector<double> resultRanks = ranksOf(sample_[row]);
-  std::vector<Sensitivity> all;
-  for (std::size_t i = 0; i < inputs; ++i) {
-    const Conditional conditional{
-        std::span(cells_.counts).subspan(i * positionCells, positionCells),
-        std::span(cells_.sums).subspan((result * inputs + i) * positionCells, positionCells)};
-    all.push_back({correlation(ranksOf(sample_[model_.inputs()[i]]), resultRanks),
-                   conditional.varianceShare(shares, moments_[row]), conditional.mean(0, tenth),
-                   conditional.mean(positionCells - tenth, positionCells)});
+std::vector<std::vector<Sensitivity>> Simulation::sensitivities() const {
+  const std::span<const std::size_t> inputs = model_.inputs();
+  const std::span<const std::size_t> results = model_.results();
+  Sorter sorter;
+  std::vector<std::vector<double>> ranksOfResults;
+  for (const std::size_t row : results) ranksOfResults.push_back(ranksOf(sample_[row], sorter));
+
+  std::vector<std::vector<Sensitivity>> all(results.size());
+  for (std::size_t i = 0; i < inputs.size(); ++i) {
+    const std::vector<double> ranks = ranksOf(sample_[inputs[i]], sorter);
+    for (std::size_t result = 0; result < results.size(); ++result) {
+      const std::size_t column = result * inputs.size() + i;
+      const Conditional conditional{
+          std::span(cells_.counts).subspan(i * positionCells, positionCells),
+          std::span(cells_.sums).subspan(column * positionCells, positionCells)};
+      all[result].push_back({correlation(ranks, ranksOfResults[result]),
+                             conditional.varianceShare(shares, moments_[results[result]]),
+                             conditional.mean(0, tenth),
+                             conditional.mean(positionCells - tenth, positionCells)});
+    }
   }
   return all;
 }
@@ -227,14 +244,16 @@ Results Simulation::results() {
   if (all.trials > 0 && (settling_[0].empty() || settling_[0].back().trials != all.trials)) {
     settle(all.trials);
   }
-  for (std::size_t i = 0; i < percentiles_.size() && all.trials > 0; ++i) {
+  if (all.trials == 0) return all;
+  std::vector<std::vector<Sensitivity>> sensitivities = this->sensitivities();
+  for (std::size_t i = 0; i < percentiles_.size(); ++i) {
     const Row& row = model_.rows()[model_.results()[i]];
     ResultStatistics result{row.name, row.unit, moments_[model_.results()[i]], {}, {}, {}, {}, {}};
     for (const double percent : settings_.percents) {
       result.percentiles.push_back(percentile(i, percent));
     }
     for (const double percent : markPercents) result.marks.push_back(percentile(i, percent));
-    result.sensitivities = sensitivities(i);
+    result.sensitivities = std::move(sensitivities[i]);
     result.histogram = percentiles_[i].histogram();
     result.settling = settling_[i];
     all.results.push_back(std::move(result));
@@ -261,7 +280,16 @@ std::optional<Block> Worker::work(const Task& task, const std::function<bool()>&
     block.cells.counts.resize(model.inputs().size() * positionCells);
     block.cells.sums.resize(model.results().size() * model.inputs().size() * positionCells);
   }
-  if (task.sample) block.sample.resize(model.rows().size());
+  const auto most = static_cast<std::size_t>(end - first);
+  for (Digest& digest : block.digests) {
+    if (digest.wanted.empty()) digest.values.reserve(most);
+  }
+  if (task.sample > 0) {
+    block.sample.resize(model.rows().size());
+    // Room for later blocks, too, since the first one's columns become those of the run.
+    const std::uint64_t room = std::min(task.sample, simulation_.settings().trials - first);
+    for (auto& column : block.sample) column.reserve(static_cast<std::size_t>(room));
+  }
 
   for (std::uint64_t trial = first; trial < end; trial += Trials::most) {
     if (stopped && stopped()) return {};
@@ -301,8 +329,12 @@ void Worker::reduce(const Task& task, Block& block) const {
     }
   }
   for (std::size_t row = 0; row < block.sample.size(); ++row) {
+    std::vector<double>& column = block.sample[row];
     const std::span<const double> values = trials_.values(row);
-    block.sample[row].insert(block.sample[row].end(), values.begin(), values.end());
+    const std::size_t wanted =
+        std::min(values.size(), static_cast<std::size_t>(task.sample) - column.size());
+    column.insert(column.end(), values.begin(),
+                  values.begin() + static_cast<std::ptrdiff_t>(wanted));
   }
   if (simulation_.settings().describeTrials) describe(block.text);
 }

@@ -47,10 +47,10 @@ struct CellSums {
 
 /// One block of trials to be worked out, anywhere and in any order.
 struct Task {
-  std::uint64_t block = 0;  ///< its number, from 0
-  int pass = 1;             ///< 2, ... when trials are drawn again because a percentile was missed
-  bool statistics = true;   ///< false when only percentiles are still missing
-  bool sample = true;       ///< whether the values are asked for, too, for rank correlations
+  std::uint64_t block = 0;   ///< its number, from 0
+  int pass = 1;              ///< 2, ... when trials are drawn again because a percentile was missed
+  bool statistics = true;    ///< false when only percentiles are still missing
+  std::uint64_t sample = 0;  ///< how many values of each row are asked for, for rank correlations
   std::shared_ptr<const std::vector<Digest>> blanks;  ///< what each result is to be added to
 };
 
@@ -116,7 +116,7 @@ class Simulation {
 
  private:
   void combine(Block block);
-  void addSample(const Block& block);
+  void addSample(Block& block);
   void observe();  // how the results have settled
   void settle(std::uint64_t trials);
   [[nodiscard]] bool narrowEnough();
@@ -127,7 +127,7 @@ class Simulation {
     return static_cast<std::uint64_t>(moments_[0].count);
   }
   [[nodiscard]] Percentile percentile(std::size_t result, double percent);
-  [[nodiscard]] std::vector<Sensitivity> sensitivities(std::size_t result) const;
+  [[nodiscard]] std::vector<std::vector<Sensitivity>> sensitivities() const;  // of each result
 
   const Model& model_;
   Settings settings_;
