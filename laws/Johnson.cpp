@@ -15,7 +15,6 @@ namespace palvex::laws {
 
 namespace {
 
-constexpr double twoPi = 6.28318530717958648;
 using m_Johnson::Curve;
 using Constants = Johnson::Constants;
 
@@ -62,7 +61,7 @@ double expectation(double reach, double step, Function&& f) {
     const double z = i * step;
     sum += f(z) * std::exp(-0.5 * z * z);
   }
-  return checked(sum * step / std::sqrt(twoPi));
+  return checked(sum * step * inverseRootTwoPi);
 }
 
 /// The normal deviate of x in or at the ends of the range of an SU or SB curve.
@@ -167,7 +166,7 @@ std::optional<Moments> keptBounded(const Constants& c, const Limits& limits) {
       const auto weighted = [&](double z) {
         const double v = logistic(side * (z - c.gamma) / c.delta);
         const double power = order == 0 ? 1 : order == 1 ? v : v * v;
-        return power * std::exp(-z * z / 2) / std::sqrt(twoPi);
+        return power * std::exp(-z * z / 2) * inverseRootTwoPi;
       };
       return m_Integration::integrate(weighted, breaks);
     };
@@ -329,7 +328,7 @@ Moments Johnson::integratedMoments(const Limits& limits) const {
   const auto piece = [](const Anchor& anchor, const Interval& t, const Scale& scale, double z) {
     return integratedPiece(
         anchor.point, t, scale, [z](double u) { return -(z + u / 2) * u; },
-        -z * z / 2 - std::log(twoPi) / 2);
+        -z * z / 2 - logRootTwoPi);
   };
   Mixture mixture;
   for (const Interval& x : kept(c_, limits)) {

@@ -10,8 +10,6 @@ namespace palvex::laws {
 
 namespace {
 
-constexpr double twoPi = 6.28318530717958;
-
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// Adds `factor` times the probability of the normal deviate beyond z, when the mean of the deviate
@@ -86,7 +84,7 @@ Moments Lognormal::integratedMoments(const Limits& limits) const {
     const ExponentialScale t(minimum_, y, scale_);
     kept.add(integratedPiece(
         anchor.point, {t.position(anchor.lower), t.position(anchor.upper)}, t,
-        [z](double u) { return -(z + u / 2) * u; }, -z * z / 2 - std::log(twoPi) / 2));
+        [z](double u) { return -(z + u / 2) * u; }, -z * z / 2 - logRootTwoPi));
   }
   return kept.moments();
 }

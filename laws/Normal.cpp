@@ -9,8 +9,6 @@ namespace palvex::laws {
 
 namespace {
 
-constexpr double twoPi = 6.28318530717958;
-
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// Adds, with a sign, the integrals of the density, of z times and of z^2 times the density up to
@@ -21,7 +19,7 @@ void addIntegrals(PartialMoments& moments, double z, bool upper, double sign) {
   moments.add(0, upper ? -sign : sign, tail, accuracy);
   moments.add(2, upper ? -sign : sign, tail, accuracy);
   if (std::isinf(z)) return;
-  const double bell = std::exp(-z * z / 2) / std::sqrt(twoPi);
+  const double bell = std::exp(-z * z / 2) * inverseRootTwoPi;
   moments.add(1, -sign, bell, accuracy);
   moments.add(2, -sign * z, bell, accuracy);
 }
@@ -67,7 +65,7 @@ Moments Normal::integratedMoments(const Limits& limits) const {
     const LinearScale scale(sd_);
     kept.add(integratedPiece(
         anchor.point, {scale.position(anchor.lower), scale.position(anchor.upper)}, scale,
-        [z](double t) { return -(z + t / 2) * t; }, -z * z / 2 - std::log(twoPi) / 2));
+        [z](double t) { return -(z + t / 2) * t; }, -z * z / 2 - logRootTwoPi));
   }
   return kept.moments();
 }
