@@ -37,7 +37,7 @@ double Gamma::logDensity(double x) const noexcept {
   if (!inside || std::isnormal(direct)) return std::log(direct);
   const double z = (x - minimum_) / scale_;
   if (std::isinf(z)) return -infinity;
-  return (shape_ - 1) * std::log(z) - z - std::lgamma(shape_) - std::log(scale_);
+  return prepared_.logPower(z) - std::log(z) - std::log(scale_);
 }
 
 Tails Gamma::tails(double x) const noexcept {

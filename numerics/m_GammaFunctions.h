@@ -66,6 +66,8 @@ class IncompleteGamma {
   /// exp(-x) x^a / gamma(a) at x >= 0: relative error 2e-14 as long as |x - a| <= 100, whatever its
   /// logarithm.
   [[nodiscard]] double power(double x) const;
+  /// Its logarithm at x > 0, also where the power is no double.
+  [[nodiscard]] double logPower(double x) const noexcept;
   /// The x with P(a, x) = p and Q(a, x) = q: that of `gaminv`, and where this fails or is not
   /// certain a safe search. Relative error 1e-13 max(1, K), K being the condition number in the
   /// smaller of p and q, for shapes from 1e-3 to 1e7 and probabilities from 1e-300 on. 0 where it

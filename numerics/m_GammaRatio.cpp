@@ -250,6 +250,11 @@ double IncompleteGamma::power(double x) const {
   return factor_ * (root * powerOf(x, a)) * root;
 }
 
+double IncompleteGamma::logPower(double x) const noexcept {
+  const double exponent = a_ >= largeShape ? -deviance(a_, x) : a_ * std::log(x) - x;
+  return std::log(factor_) + exponent;
+}
+
 /// a < 1, x < 1.1: gamma(1 + a) x^-a P = 1 - J with J = a x (1/(a + 1) - x (0.5/(a + 2) - ...)).
 Ratio IncompleteGamma::smallShape(double x) const {
   const double a = a_;
