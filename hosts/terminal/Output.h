@@ -3,15 +3,35 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace palvex::terminal {
 
+/// A file that appears under its name only when it is whole: it is written beside it and renamed.
+/// Until then what was there stays, and with the object, or the program, the unfinished one goes.
+class FileAside {
+ public:
+  explicit FileAside(const std::string& path);
+  FileAside(const FileAside&) = delete;
+  FileAside& operator=(const FileAside&) = delete;
+  ~FileAside();
+
+  /// Where to write; a device or a pipe is written at once.
+  [[nodiscard]] const std::string& name() const { return aside_; }
+  /// To be called when it is whole and closed. @throws OutputError
+  void finish();
+
+ private:
+  std::string path_;
+  std::string aside_;
+};
+
 /// Where results go: standard output or a file. What can not be written raises OutputError.
 class Output {
  public:
-  /// @param path  a file to make or overwrite; "" for standard output
+  /// @param path  a file to make or to replace when all is written; "" for standard output
   explicit Output(const std::string& path = "");
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
@@ -23,9 +43,8 @@ class Output {
   [[nodiscard]] bool isTerminal() const;
 
  private:
-  [[noreturn]] void fail() const;
-
   std::string path_;
+  std::optional<FileAside> aside_;
   std::FILE* file_;
 };
 
@@ -35,6 +54,10 @@ void writeMessage(std::string_view text) noexcept;
 /// Gives the standard streams that the caller closed a place of their own, so that no file that is
 /// opened later takes it and receives what was meant for them. To be called first of all.
 void holdStandardStreams();
+
+/// What a signal does to the program: a reader that goes away and a limit of file sizes show as
+/// failed writes, and what ends the program first removes unfinished files. To be called early.
+void settleSignals();
 
 /// @throws UsageError when `output` is the very file `input`, which is to be read
 void refuseToOverwriteInput(const std::string& output, const std::string& input);
@@ -46,7 +69,7 @@ void refuseToOverwrite(const std::string& output);
 [[nodiscard]] bool interrupted() noexcept;
 
 /// While it lives, the first Ctrl-C does not end the program but makes `interrupted` true, so that
-/// a long run can end with whole lines; the second one ends it.
+/// a long run can end with whole lines; the second one ends it at once.
 class CatchInterrupt {
  public:
   CatchInterrupt();

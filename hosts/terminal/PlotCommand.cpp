@@ -309,8 +309,9 @@ void writePng(const std::string& svg, const std::string& file) {
     throw OutputError(fmt::format("can not write '{}': there is no folder '{}'", file,
                                   fs::path(file).parent_path().string()));
   constexpr int commandNotFound = 127;
+  FileAside picture(file);
   const std::string command =
-      "rsvg-convert --zoom 2 --output " + shellQuoted(file) + " 2>/dev/null";
+      "rsvg-convert --zoom 2 --output " + shellQuoted(picture.name()) + " 2>/dev/null";
   std::FILE* const pipe = popen(command.c_str(), "w");
   const bool written =
       pipe != nullptr && std::fwrite(svg.data(), 1, svg.size(), pipe) == svg.size();
@@ -321,6 +322,7 @@ void writePng(const std::string& svg, const std::string& file) {
         "no other program");
   if (!written || status != 0)
     throw OutputError(fmt::format("rsvg-convert could not write '{}'", file));
+  picture.finish();
 }
 
 bool endsIn(const std::string& file, std::string_view ending) {

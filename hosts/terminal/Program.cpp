@@ -3,7 +3,6 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <csignal>
 #include <new>
 #include <sstream>
 
@@ -117,10 +116,7 @@ ExitCode complain(const OutputError& error) {
 
 ExitCode runProgram(int argc, char** argv, const Role& role) {
   holdStandardStreams();
-#ifdef SIGPIPE
-  // A reader that goes away shall be seen as a failed write.
-  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
-#endif
+  settleSignals();
   bool trace = false;
   CLI::App program("Probability distributions: check, evaluate and draw from them.");
   build(program, trace, role);

@@ -51,49 +51,6 @@ Cost,,,,,,,,,[Labour] + [Licences] + [Bad ground],EUR,,
 #Test,0.3,0.6,1
 )";
 
-/// A file that appears under its name only when it is whole: it is written beside it, and renamed.
-class FileAside {
- public:
-  explicit FileAside(const std::string& path)
-      : path_(target(path)), aside_(asideOf(path_)), output_(aside_) {}
-  FileAside(const FileAside&) = delete;
-  FileAside& operator=(const FileAside&) = delete;
-  ~FileAside() {
-    std::error_code none;
-    if (!finished_ && aside_ != path_) fs::remove(aside_, none);
-  }
-
-  void write(std::string_view text) { output_.write(text); }
-  void finish() {
-    output_.close();
-    if (aside_ != path_) {
-      std::error_code error;
-      fs::rename(aside_, path_, error);
-      if (error) throw OutputError(fmt::format("can not write '{}': {}", path_, error.message()));
-    }
-    finished_ = true;
-  }
-
- private:
-  /// The file that a symbolic link leads to.
-  static std::string target(const std::string& path) {
-    std::error_code error;
-    const fs::path resolved = fs::canonical(path, error);
-    return error ? path : resolved.string();
-  }
-  /// A device or a pipe is written at once.
-  static std::string asideOf(const std::string& path) {
-    std::error_code none;
-    const bool isOther = fs::exists(path, none) && !fs::is_regular_file(path, none);
-    return isOther ? path : fmt::format("{}.part-{}", path, getpid());
-  }
-
-  std::string path_;
-  std::string aside_;
-  Output output_;
-  bool finished_ = false;
-};
-
 /// A line on standard error that shows how far a run is and how long it will take, for a person.
 class TimeLeft {
  public:
@@ -202,6 +159,13 @@ void refuseToWriteOver(const std::string& output, const std::string& input) {
   if (!output.empty() && !input.empty() && fs::equivalent(output, input, none)) {
     throw UsageError(fmt::format("'{}' is being read and can not be written, too", output));
   }
+}
+
+/// Whether two names lead to one file, which need not be there yet.
+bool isSameFile(const std::string& one, const std::string& other) {
+  std::error_code none;
+  return fs::weakly_canonical(one, none) == fs::weakly_canonical(other, none) &&
+         !fs::is_other(one, none);
 }
 
 simulation::Correlations correlationsOf(const SimulateOptions& options,
@@ -322,6 +286,8 @@ void simulate(const SimulateOptions& options, const Role& role) {
   refuseToWriteOver(options.trialsFile, options.correlationsFile);
   refuseToWriteOver(options.reportFile, options.file);
   refuseToWriteOver(options.reportFile, options.correlationsFile);
+  if (!options.reportFile.empty() && isSameFile(options.reportFile, options.trialsFile))
+    throw UsageError("--report and --trials name the same file");
 
   if (!options.jobs.empty() && !role.alone) {
     throw UsageError("--jobs: the processes of MPI share the trials already");
@@ -341,9 +307,9 @@ void simulate(const SimulateOptions& options, const Role& role) {
   if (!options.correlationsFile.empty()) settings.correlations = correlationsOf(options, model);
   if (helping && workbook) return help(model, settings, workbook->cells(settings.trials));
 
-  std::optional<FileAside> report;
+  std::optional<Output> report;
   if (role.writes && !options.reportFile.empty()) report.emplace(options.reportFile);
-  std::optional<FileAside> trials;
+  std::optional<Output> trials;
   if (role.writes && !options.trialsFile.empty()) {
     trials.emplace(options.trialsFile);
     trials->write(trialsHead(model));
@@ -375,10 +341,10 @@ void simulate(const SimulateOptions& options, const Role& role) {
     throw Interruption{};
   }
   if (results.trials == 0) throw Refusal("every trial failed: there are no results.");
-  if (trials) trials->finish();
+  if (trials) trials->close();
   if (report) {
     report->write(reportOf(model, results, {options.file, commandLine(options), PALVEX_VERSION}));
-    report->finish();
+    report->close();
   }
   Output output;
   output.write(resultsText(results, options.format));
