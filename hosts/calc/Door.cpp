@@ -1,8 +1,13 @@
 #include "hosts/calc/Door.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sal/types.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <com/sun/star/configuration/theDefaultProvider.hpp>
 #include <com/sun/star/uno/XComponentContext.hpp>
@@ -111,6 +116,42 @@ void start(const Places& places, const fs::path& profile) {
   enter(get());
 }
 
+/// Removes a folder when this process has ended, in whatever way: a shell waits for the end of a
+/// pipe that nobody else can write to.
+class RemovedAfterwards {
+ public:
+  explicit RemovedAfterwards(const fs::path& folder) {
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) return;  // then an orderly end has to do
+    std::array<std::string, 5> words{"sh", "-c",
+                                     "trap '' INT TERM HUP; read -r nothing; rm -rf -- \"$1\"",
+                                     "sh", folder.string()};
+    std::array<char*, words.size() + 1> arguments{};
+    std::transform(words.begin(), words.end(), arguments.begin(),
+                   [](std::string& word) { return word.data(); });
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ends[0], STDIN_FILENO);
+    for (const int stream : {STDOUT_FILENO, STDERR_FILENO})
+      posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", O_WRONLY, 0);
+    if (posix_spawn(&shell_, "/bin/sh", &actions, nullptr, arguments.data(), environ) != 0)
+      shell_ = -1;
+    posix_spawn_file_actions_destroy(&actions);
+    close(ends[0]);
+    pipe_ = ends[1];
+  }
+  RemovedAfterwards(const RemovedAfterwards&) = delete;
+  RemovedAfterwards& operator=(const RemovedAfterwards&) = delete;
+  ~RemovedAfterwards() {
+    if (pipe_ != -1) close(pipe_);
+    if (shell_ != -1) waitpid(shell_, nullptr, 0);
+  }
+
+ private:
+  int pipe_ = -1;
+  pid_t shell_ = -1;
+};
+
 /// At its end the office writes down what it still has to, and so does not bring back a profile
 /// that has been removed.
 class WrittenProfile {
@@ -144,6 +185,7 @@ class OpenFile final : public OpenWorkbook {
 
  private:
   TemporaryFolder profile_;
+  RemovedAfterwards removal_{profile_.path()};
   WrittenProfile written_;
   HiddenDocument document_;
   Table table_;

@@ -1,7 +1,9 @@
 """Simulations of workbooks: the menu's service, the terminal program, and a CSV table of the same formulas."""
 import json
 import os
+import signal
 import subprocess
+import time
 import unittest
 
 from office import BUILD, Office, properties
@@ -57,6 +59,14 @@ def results(*arguments):
     run = simulate(*arguments, "--json")
     assert run.returncode == 0, run.stderr
     return json.loads(run.stdout)
+
+
+def wait_until(holds):
+    for _ in range(300):
+        if holds():
+            return
+        time.sleep(0.1)
+    raise AssertionError("did not happen within half a minute")
 
 
 class SimulationTest(unittest.TestCase):
@@ -178,6 +188,20 @@ class SimulationTest(unittest.TestCase):
         self.assert_fault("new", "There is a sheet 'palvex' already.")
         self.service.trigger("run")
         self.assertAlmostEqual(self.written_results()["Mean"][0], 11 * 1000 - 6500 - 0.4 * 1033, delta=60)
+
+    def test_a_run_that_is_ended_leaves_nothing(self):
+        self.insert_table()
+        folder = self.office.path("temporary")
+        os.mkdir(folder)
+        profiles = lambda: [name for name in os.listdir(folder) if name.startswith("palvex-")]
+        for number in (signal.SIGTERM, signal.SIGKILL):
+            run = subprocess.Popen([PALVEX, "simulate", self.store(), "-n", "1e6", "--jobs", "2"], stdout=subprocess.DEVNULL,
+                                   env={**os.environ, "TMPDIR": folder})
+            wait_until(lambda: len(profiles()) == 3)  # its own, and those of its two helpers
+            time.sleep(1)
+            run.send_signal(number)
+            self.assertEqual(run.wait(60), -number)
+            wait_until(lambda: not profiles())
 
     def test_without_libreoffice(self):
         path = self.store()
