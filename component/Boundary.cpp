@@ -66,6 +66,7 @@ std::int32_t errorNumber(HRESULT code) noexcept {
 }
 
 void require(HRESULT code, Line line) {
+  if (code == E_OUTOFMEMORY) throw std::bad_alloc();
   if (FAILED(code)) raise(errorNumber(code), line);
 }
 

@@ -19,7 +19,8 @@ struct Refused {
 /// automation failures are what a run-time makes of them, any other code stays as it is.
 [[nodiscard]] std::int32_t errorNumber(HRESULT code) noexcept;
 
-/// Raises the run-time error of a failure code; does nothing for success.
+/// Raises the run-time error of a failure code, for a lack of memory std::bad_alloc; does nothing
+/// for success.
 void require(HRESULT code, Line line = Line::here());
 
 /// To be called in a catch block: the HRESULT of the exception in flight. A RuntimeError leaves its

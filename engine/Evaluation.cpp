@@ -1,5 +1,7 @@
 // Density, probability and draw: the current values handed to the family of the type.
 
+#include <new>
+
 #include "engine/c_Distribution.h"
 #include "runtime/NumericText.h"
 
@@ -101,15 +103,20 @@ std::string c_Distribution::parameterRecord(std::size_t count) const {
   return record;
 }
 
-void c_Distribution::addCall(RuntimeError& error, std::string_view member, double argument) const {
+void c_Distribution::addCall(RuntimeError& error, std::string_view member,
+                             double argument) const noexcept try {
   error.addToDescription(std::string(member) + ": (" + numberText(argument) + parameterRecord(4) +
                          ")");
+} catch (const std::bad_alloc&) {
+  // The error itself matters more than its record.
 }
 
 void c_Distribution::addDraw(RuntimeError& error, double rndP, const Variant& lower,
-                             const Variant& upper) const {
+                             const Variant& upper) const noexcept try {
   error.addToDescription("RandVal: (" + numberText(rndP) + parameterRecord(3) + "," +
                          recordText(lower) + "," + recordText(upper) + ")");
+} catch (const std::bad_alloc&) {
+  // As above.
 }
 
 }  // namespace palvex

@@ -104,14 +104,14 @@ std::string c_Distribution::BadParam(Variant param, const Permission& allowed, L
   error.leave("c_Distribution.BadParam", caller);
 }
 
-Boolean c_Distribution::CellValueError(Object& range) noexcept {
+Boolean c_Distribution::CellValueError(Object& range) {
   try {
     const double count = range.get("count").toDouble();
     for (std::int32_t i = 1; i <= count; ++i) {
       static_cast<void>(range.get("Cells", {i}).toObject()->get("Value").toText());
     }
     return false;
-  } catch (...) {
+  } catch (const RuntimeError&) {
     return true;
   }
 }

@@ -4,7 +4,7 @@
 
 namespace palvex {
 
-Boolean c_Distribution::IsRange(const Variant& v) noexcept {
+Boolean c_Distribution::IsRange(const Variant& v) {
   if (!v.isObject()) return false;  // the usual case, decided without the cost of an exception
   try {
     const std::shared_ptr<Object> object = v.toObject();
@@ -12,8 +12,8 @@ Boolean c_Distribution::IsRange(const Variant& v) noexcept {
     static_cast<void>(object->get("Address").toText());
     static_cast<void>(object->get("Value"));
     return true;
-  } catch (...) {
-    return false;  // whatever goes wrong: this is no range
+  } catch (const RuntimeError&) {
+    return false;  // whatever goes wrong with the object: it is no range
   }
 }
 

@@ -36,10 +36,24 @@ namespace palvex {
 ///
 /// A copy is a distribution of its own, but ranges are the host's objects, which both refer to.
 ///
-/// The computing members raise RuntimeError. Distinct objects may be used on distinct threads at
-/// once.
+/// The computing members raise RuntimeError, and any member std::bad_alloc where there is no
+/// memory: the object is then as it was, but for a ParamsOK, which leaves it as one that answered
+/// false. Distinct objects may be used on distinct threads at once.
 class c_Distribution {
  public:
+  /// Without a type; see the states above.
+  c_Distribution() = default;
+  /// @{
+  /// All or nothing: without memory for the copy this object stays as it was.
+  c_Distribution(const c_Distribution& other) = default;
+  c_Distribution& operator=(const c_Distribution& other) { return *this = c_Distribution(other); }
+  /// @}
+  /// @{
+  /// The other object is fit for an assignment then, and for nothing else.
+  c_Distribution(c_Distribution&& other) noexcept = default;
+  c_Distribution& operator=(c_Distribution&& other) noexcept = default;
+  /// @}
+
   /// @{
   /// The parameters in the type's order, see ParamName; those beyond NumParams are not looked at.
   /// A histogram's first one is the range of its data, the second one the layout of that, one of
@@ -186,7 +200,7 @@ class c_Distribution {
   static void setPoint(Series& series, std::int16_t i, double value);
 
   // Values of parameters and limits (Values.cpp).
-  static Boolean IsRange(const Variant& v) noexcept;
+  static Boolean IsRange(const Variant& v);
   static double liveParameter(const Variant& parameter, Line caller = Line::here());
   static Variant liveLimit(const Variant& limit, Line caller = Line::here());
   [[nodiscard]] std::array<const Variant*, 4> parameters() const {
@@ -224,8 +238,11 @@ class c_Distribution {
   double keptDraw(double rndP);
   double liveDraw(double rndP);
   [[nodiscard]] std::string parameterRecord(std::size_t count) const;
-  void addCall(RuntimeError& error, std::string_view member, double argument) const;
-  void addDraw(RuntimeError& error, double rndP, const Variant& lower, const Variant& upper) const;
+  /// Add the record of a call to an error's description; without memory for it the error goes
+  /// without.
+  void addCall(RuntimeError& error, std::string_view member, double argument) const noexcept;
+  void addDraw(RuntimeError& error, double rndP, const Variant& lower,
+               const Variant& upper) const noexcept;
 
   // Moments (Moments.cpp).
   enum class Method { closedForm, integration };
@@ -246,7 +263,7 @@ class c_Distribution {
   /// The first words about a parameter or limit that is bad, "" for a good one. A copy is judged:
   /// the host may change its own while it answers.
   static std::string BadParam(Variant param, const Permission& allowed, Line caller = Line::here());
-  static Boolean CellValueError(Object& range) noexcept;
+  static Boolean CellValueError(Object& range);
   [[nodiscard]] bool AllTruncated(const Family& family, Line caller = Line::here()) const;
 
   const Family* family_ = nullptr;

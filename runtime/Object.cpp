@@ -12,7 +12,7 @@ Variant Object::get(std::string_view member, const std::vector<Variant>& argumen
   } catch (RuntimeError& error) {
     error.leave(line);
   } catch (const std::bad_alloc&) {
-    raise(fault::outOfMemory, line);
+    throw;
   } catch (const std::exception& failure) {
     throw RuntimeError(fault::invalidCall, failure.what(), "palvex", line);
   } catch (...) {

@@ -12,7 +12,7 @@ namespace palvex {
 /// such objects; the engine knows no other kind.
 ///
 /// A host derives from it and overrides `doGet`; whatever `doGet` throws arrives at the engine as a
-/// RuntimeError.
+/// RuntimeError, but for std::bad_alloc: a lack of memory says nothing about the object.
 class Object {
  public:
   Object() = default;
@@ -24,6 +24,7 @@ class Object {
   /// @param member     its name, letter case ignored
   /// @param arguments  its arguments, such as the index of a collection's item
   /// @throws RuntimeError 438 for an unknown member, or the host's own error
+  /// @throws std::bad_alloc
   [[nodiscard]] Variant get(std::string_view member, const std::vector<Variant>& arguments = {},
                             Line line = Line::here());
 

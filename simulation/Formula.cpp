@@ -2,8 +2,12 @@
 
 #include <muParser.h>
 
+#include <charconv>
+#include <cstring>
 #include <limits>
 #include <regex>
+#include <string_view>
+#include <system_error>
 
 #include "simulation/Fault.h"
 #include "simulation/Text.h"
@@ -14,6 +18,16 @@ namespace {
 
 std::string operandName(std::size_t i) {
   return '[' + std::to_string(i) + ']';
+}
+
+/// Reads an unsigned number where one stands. The parser's own way leads through streams, to which
+/// a lack of memory looks like a text that is no number.
+int readNumber(const char* text, int* position, double* value) {
+  if (std::string_view(".0123456789").find(*text) == std::string_view::npos) return 0;
+  const auto [end, fault] = std::from_chars(text, text + std::strlen(text), *value);
+  if (fault != std::errc()) return 0;
+  *position += static_cast<int>(end - text);
+  return 1;
 }
 
 /// A lone "=" would assign to an operand.
@@ -96,6 +110,7 @@ Calculator::Calculator(const Formula& formula)
   mu::Parser& parser = parser_->parser;
   // With brackets as letters an operand is one name, and never part of a longer good one.
   parser.DefineNameChars("0123456789_abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ[]");
+  parser.AddValIdent(readNumber);
   for (std::size_t i = 0; i < operands_.size(); ++i) {
     parser.DefineVar(operandName(i), &operands_[i]);
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 
 #include "engine/LawTypes.h"
 #include "runtime/Object.h"
@@ -136,33 +137,48 @@ RowValue Model::above(std::string_view name) const {
   throw Fault("there is no row [" + std::string(name) + "]" + (guess.empty() ? "." : guess));
 }
 
+namespace {
+
+/// So that two more items need no memory.
+template <class Item>
+void makeRoom(std::vector<Item>& list) {
+  if (list.capacity() - list.size() < 2) list.reserve(2 * list.size() + 2);
+}
+
+}  // namespace
+
 template <class Complete>
 void Model::add(Row row, Complete complete) {
-  if (!rows_.empty() && rows_.back().kind == Row::Kind::total) {
-    rows_.pop_back();
-    results_.pop_back();
-  }
-  if (row.place.empty()) row.place = "Row " + std::to_string(rows_.size() + 1) + ", " + row.name;
-  std::string fault;
+  const bool hasTotal = !rows_.empty() && rows_.back().kind == Row::Kind::total;
+  const std::size_t position = rows_.size() - (hasTotal ? 1 : 0);
+  if (row.place.empty()) row.place = "Row " + std::to_string(position + 1) + ", " + row.name;
   try {
     checkName(row.name);
     if (const Row* other = find(row.name)) {
       throw Fault("the name is that of " + other->place + ", too.");
     }
     complete(row);
-    (row.isInput() ? inputs_ : results_).push_back(rows_.size());
-    rows_.push_back(std::move(row));
+  } catch (const std::bad_alloc&) {
+    throw;  // no fault of the row
   } catch (const std::exception& error) {
-    fault = row.place + ": " + error.what();
+    throw Fault(row.place + ": " + error.what());
   }
-  if (results_.empty()) {
-    Row total;
-    total.kind = Row::Kind::total;
-    total.name = total.place = "Total";
-    results_.push_back(rows_.size());
-    rows_.push_back(std::move(total));
+  Row total;
+  total.kind = Row::Kind::total;
+  total.name = total.place = "Total";
+  makeRoom(rows_);
+  makeRoom(inputs_);
+  makeRoom(results_);
+  // From here on nothing fails.
+  if (hasTotal) {
+    rows_.pop_back();
+    results_.pop_back();
   }
-  if (!fault.empty()) throw Fault(fault);
+  (row.isInput() ? inputs_ : results_).push_back(position);
+  rows_.push_back(std::move(row));
+  if (!results_.empty()) return;
+  results_.push_back(rows_.size());
+  rows_.push_back(std::move(total));
 }
 
 void Model::add(Input input, std::string place) {

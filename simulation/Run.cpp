@@ -34,6 +34,16 @@ class Crew {
     });
   }
 
+  /// Ends the run with the exception in flight, unless there was one before.
+  void fail() noexcept {
+    {
+      const std::lock_guard lock(mutex_);
+      if (!error_) error_ = std::current_exception();
+      stopped_ = true;
+    }
+    changed_.notify_all();
+  }
+
   void rethrow() const {
     if (error_) std::rethrow_exception(error_);
   }
@@ -53,9 +63,7 @@ class Crew {
         changed_.notify_all();
       }
     } catch (...) {
-      const std::lock_guard lock(mutex_);
-      if (!error_) error_ = std::current_exception();
-      stopped_ = true;
+      fail();
     }
     // Whoever found the crew still at work is waiting by now.
     { const std::lock_guard lock(mutex_); }
@@ -116,11 +124,15 @@ Results run(const Model& model, const Settings& settings, const RunOptions& opti
   Crew crew(simulation, options, threads + options.helpers.size());
   {
     std::vector<std::jthread> others;
-    for (unsigned i = 1; i < threads; ++i) {
-      others.emplace_back([&crew, &worker = workers[i]] { crew.work(worker); });
-    }
-    for (const auto& helper : options.helpers) {
-      others.emplace_back([&crew, &helper] { crew.work(helper); });
+    try {
+      for (unsigned i = 1; i < threads; ++i) {
+        others.emplace_back([&crew, &worker = workers[i]] { crew.work(worker); });
+      }
+      for (const auto& helper : options.helpers) {
+        others.emplace_back([&crew, &helper] { crew.work(helper); });
+      }
+    } catch (...) {  // a thread that could not be started
+      crew.fail();
     }
     crew.work(workers[0]);
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <new>
 #include <numeric>
 
 #include "engine/LawTypes.h"
@@ -107,6 +108,8 @@ void Trials::workRow(std::size_t row, std::size_t from, std::size_t to) {
     if (kind == Row::Kind::cell) values_[row][from] = workbook_->result(row);
     checkFinite(row, from, to);
     if (kind == Row::Kind::input && !failed_[from]) workbook_->put(row, values_[row][from]);
+  } catch (const std::bad_alloc&) {
+    throw;  // no fault of the trial
   } catch (const std::exception& error) {
     fail(row, from, error.what());
   }
@@ -151,6 +154,8 @@ void Trials::drawOne(std::size_t row, std::size_t input, std::size_t trial) {
     } else {
       value = drawn.law->quantile(u);
     }
+  } catch (const std::bad_alloc&) {
+    throw;  // no fault of the trial
   } catch (const std::exception& error) {
     if (happens) fail(row, trial, error.what());
   }

@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <limits>
 #include <map>
-#include <new>
 #include <random>
 
+#include "Allocation.h"
 #include "Routines.h"
 #include "engine/c_Distribution.h"
 #include "families/m_Histogram.h"
@@ -20,22 +20,6 @@
 #include "laws/Lognormal.h"
 #include "laws/Normal.h"
 #include "laws/Weibull.h"
-
-namespace {
-std::size_t allocations = 0;
-}
-
-void* operator new(std::size_t size) {
-  ++allocations;
-  if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
-  throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
 
 namespace palvex::script {
 namespace {
@@ -216,7 +200,7 @@ TEST(Battery, NoAllocationAndNoCallOfTheHost) {
       c_Distribution d;
       ASSERT_EQ(set(d, inCells, lower, upperCell), "") << name(law) << what;
       const int reads = (first ? first->reads : 0) + upperCell->reads;
-      const std::size_t allocated = allocations;
+      const std::size_t allocated = allocation::made;
       double sum = 0;
       const int n = law.type == "Normal" ? 1'000'000 : 10'000;
       for (int i = 0; i < n; ++i) {
@@ -224,7 +208,7 @@ TEST(Battery, NoAllocationAndNoCallOfTheHost) {
         const double x = from + (to - from) * p;
         sum += d.pdf(x) + d.cdf(x) + d.RandVal(p);
       }
-      EXPECT_EQ(allocations - allocated, 0u) << name(law) << ", limits: " << what;
+      EXPECT_EQ(allocation::made - allocated, 0u) << name(law) << ", limits: " << what;
       EXPECT_EQ((first ? first->reads : 0) + upperCell->reads, reads) << name(law) << what;
       EXPECT_TRUE(std::isfinite(sum)) << name(law) << ", limits: " << what;
     }

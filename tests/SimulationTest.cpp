@@ -7,6 +7,7 @@
 #include <numbers>
 #include <random>
 
+#include "Allocation.h"
 #include "palvex/simulation.h"
 
 namespace palvex::simulation {
@@ -196,13 +197,14 @@ class DoublingWorkbook : public Workbook {
   std::array<double, 2> values_{};
 };
 
+const FakeSheet doublingSheet({{"Name", "Type", "Param1", "Param2", "LTL", "Cell"},
+                               {"First", "Uniform", 0, 1, {}, "B1"},
+                               {"Second", "Uniform", "=@0", "=@0", {}, "B2"},
+                               {"Sum", {}, {}, {}, {}, "B3"},
+                               {"Trials", {}, 500}});
+
 TEST(Workbook, IsReadInEachTrial) {
-  const FakeSheet sheet({{"Name", "Type", "Param1", "Param2", "LTL", "Cell"},
-                         {"First", "Uniform", 0, 1, {}, "B1"},
-                         {"Second", "Uniform", "=@0", "=@0", {}, "B2"},
-                         {"Sum", {}, {}, {}, {}, "B3"},
-                         {"Trials", {}, 500}});
-  const Model model = Model::fromWorkbook(sheet);
+  const Model model = Model::fromWorkbook(doublingSheet);
   EXPECT_EQ(model.settings().at("trials"), Variant(500));
   EXPECT_EQ(model.cells().size(), 2U);
   Settings settings;
@@ -227,6 +229,44 @@ TEST(Workbook, IsReadInEachTrial) {
 
   settings.skipFailures = false;
   EXPECT_THROW(run(model, settings, options), TrialFault);
+}
+
+// A run without memory ends so, and neither counts that as a trial that failed nor spoils its
+// model.
+TEST(Simulation, EndsWithoutMemoryAndRunsAgain) {
+  const auto untouched = [](const Model& model, const Model& fresh) {
+    EXPECT_EQ(model.rows().size(), fresh.rows().size());
+    EXPECT_EQ(model.inputs().size() + model.results().size(), model.rows().size());
+    for (const std::size_t row : model.results())
+      EXPECT_EQ(model.rows()[row].name, fresh.rows()[row].name);
+  };
+  const auto add = [](Model& model) { return model.add("A", Law::normal(0, 1)), 0; };
+  const auto addFormula = [](Model& model) {
+    return model.addFormula("Sum", "[A] * 2 + max([A], 1)"), 0;
+  };
+  const auto withInput = [&] {
+    Model model;
+    add(model);
+    return model;
+  };
+  allocation::failEach([] { return Model(); }, add, untouched);
+  allocation::failEach(withInput, addFormula, untouched);
+  Settings settings;
+  settings.trials = 20;
+  settings.describeTrials = settings.skipFailures = true;
+  RunOptions options;
+  options.openWorkbook = [] { return std::make_unique<DoublingWorkbook>(); };
+  std::size_t text = 0;
+  options.onTrials = [&](std::string_view lines) { text = lines.size(); };
+  const std::size_t allocations = allocation::failEach(
+      [] { return Model::fromWorkbook(doublingSheet); },
+      [&](const Model& model) {
+        const Results results = run(model, settings, options);
+        return results.results[0].moments.mean + static_cast<double>(text + results.failures);
+      },
+      untouched);
+  EXPECT_GT(allocations, 100U);
+  std::printf("%zu allocations failed, twice each\n", allocations);
 }
 
 }  // namespace
