@@ -1,18 +1,18 @@
 #!/usr/bin/env python3
-"""Measures `palvex simulate` beside NumPy on the same model, in one run, and writes a page about it.
+"""Measures `palvex simulate` beside NumPy on the same model, in one run, and writes a section about it.
 
-  bench/simulate.py PROGRAM PAGE
+  bench/simulate.py PROGRAM SECTION [--quick]
 """
 import os
-import platform
 import resource
 import subprocess
 import sys
 import tempfile
 import time
 
-program, page = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
-repetitions = 5
+program, section = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
+quick = "--quick" in sys.argv[3:]
+repetitions = 1 if quick else 5
 
 # Ten inputs: the calls of NumPy, and the rows of the table.
 inputs = [("triangular", "Triangular", (8, 10, 15)), ("triangular", "Triangular", (60, 75, 120)),
@@ -71,7 +71,7 @@ with tempfile.TemporaryDirectory() as folder:
         return seconds, memory
 
     lines = []
-    for n in (1_000_000, 10_000_000):
+    for n in (100_000, 1_000_000) if quick else (1_000_000, 10_000_000):
         seconds, percentiles, memory = best(lambda: numpy_seconds(n))
         one, one_memory = best(lambda: palvex_seconds(n, 1))
         two, two_memory = best(lambda: palvex_seconds(n, 2))
@@ -84,15 +84,12 @@ with tempfile.TemporaryDirectory() as folder:
 
 numpy_version = subprocess.run(["/usr/bin/python3", "-c", "import numpy; print(numpy.__version__)"],
                                capture_output=True, text=True).stdout.strip()
-processor = next((line.split(": ")[1].strip() for line in open("/proc/cpuinfo") if line.startswith("model name")), "")
-with open(page, "w") as file:
-    file.write(f"""# Simulation beside NumPy
-
-Written by `scripts/bench simulate`. Ten inputs (three triangular, three normal, two lognormal, two uniform), their sum, its mean, standard
-deviation and six percentiles, the same in both. NumPy {numpy_version} draws whole columns and is timed without its start; palvex is timed
-as a program, from its start to its exit, and also works out the statistics of the inputs, intervals, and sensitivities. Best of
-{repetitions} runs on {processor}, {os.cpu_count()} processors, {platform.system()}.
+with open(section, "w") as file:
+    file.write(f"""Ten inputs (three triangular, three normal, two lognormal, two uniform), their sum, its mean, standard deviation and six
+percentiles, the same in both. NumPy {numpy_version} draws whole columns and is timed without its start; `palvex simulate` is timed as a
+program, from its start to its exit, and also works out the statistics of the inputs, intervals, and sensitivities. Best of {repetitions} runs;
+{os.cpu_count()} processors.
 
 | trials | | seconds | ns a trial | times as fast | MiB at the peak |
-|---|---|---|---|---|---|
+| ---: | --- | ---: | ---: | ---: | ---: |
 """ + "\n".join(lines) + "\n")

@@ -9,7 +9,7 @@ limits, x, P(X <= x), P(X > x), ln density, the condition numbers of the first t
 density (how much a relative change of x, of a limit or of a parameter that is subtracted from x
 changes them, relatively), and the density."""
 
-from mpmath import mp, mpf, erfc, exp, log, sqrt, pi, gammainc, betainc, gamma, beta, asinh, inf, loggamma
+from mpmath import mp, mpf, erfc, exp, expm1, log, sqrt, pi, gammainc, betainc, gamma, beta, asinh, inf, loggamma
 
 mp.dps = 60
 
@@ -45,11 +45,12 @@ class Law:
             self.origin, self.low, self.high = max(abs(a), abs(b)), a, b
 
             def tails(x):
+                # The other tail is that at m and the trapezium between.
                 if x <= m and m > a:
-                    low = (x - a) ** 2 / ((m - a) * (b - a))
-                    return low, 1 - low
-                high = (b - x) ** 2 / ((b - m) * (b - a))
-                return 1 - high, high
+                    return ((x - a) ** 2 / ((m - a) * (b - a)),
+                            ((b - m) + (m - x) * (x - a + m - a) / (m - a)) / (b - a))
+                return (((m - a) + (x - m) * (b - x + b - m) / (b - m)) / (b - a),
+                        (b - x) ** 2 / ((b - m) * (b - a)))
 
             self.tails = tails
             self.logf = lambda x: log(2 * (x - a) / ((m - a) * (b - a)) if x <= m and m > a
@@ -62,12 +63,12 @@ class Law:
             self.extra = lambda x: (abs(p[0]) + abs(log(x - p[2]))) * (x - p[2])
         elif name == "Exponential":
             self.origin = self.low = p[1]
-            self.tails = lambda x: (1 - exp(-p[0] * (x - p[1])), exp(-p[0] * (x - p[1])))
+            self.tails = lambda x: (-expm1(-p[0] * (x - p[1])), exp(-p[0] * (x - p[1])))
             self.logf = lambda x: log(p[0]) - p[0] * (x - p[1])
         elif name == "Weibull":
             self.origin = self.low = p[2]
             z = lambda x: (x - p[2]) / p[1]
-            self.tails = lambda x: (1 - exp(-z(x) ** p[0]), exp(-z(x) ** p[0]))
+            self.tails = lambda x: (-expm1(-z(x) ** p[0]), exp(-z(x) ** p[0]))
             self.logf = lambda x: log(p[0] / p[1]) + (p[0] - 1) * log(z(x)) - z(x) ** p[0]
         elif name == "Gamma":
             self.origin = self.low = p[2]
@@ -130,6 +131,34 @@ class Law:
     def weight(self, x):
         """The absolute change of a tail for a relative change of x and what is subtracted."""
         return exp(self.logf(x)) * (abs(x) + abs(self.origin) + self.extra(x))
+
+
+class Reference:
+    """P(X <= x), P(X > x), the logarithm of the density, and their condition numbers, of the law that
+    `pieces` (pairs of ends, None for the law's own) keep, at x in one of them."""
+
+    def __init__(self, law, pieces, x):
+        masses = [law.between(*piece) for piece in pieces]
+        total = sum(masses)
+        below = above = mpf(0)
+        weight = law.weight(x)
+        for (a, b), mass in zip(pieces, masses):
+            if (a is None or a < x) and (b is None or x < b):
+                below += law.between(a, x)
+                above += law.between(x, b)
+            elif b is not None and x >= b:
+                below += mass
+            else:
+                above += mass
+            weight += sum(law.weight(c) for c in (a, b) if c is not None)
+        h = abs(x) * mpf(10) ** -25
+        slope = (law.logf(x + h) - law.logf(x - h)) / (2 * h) if x != 0 else mpf(0)
+        self.below, self.above = below / total, above / total
+        self.log_density = law.logf(x) - log(total)
+        self.density = exp(law.logf(x)) / total
+        self.k_below, self.k_above = weight / below, weight / above
+        self.k_density = abs(slope) * (abs(x) + abs(law.origin) + law.extra(x)) + sum(
+            law.weight(c) / total for piece in pieces for c in piece if c is not None)
 
 
 def nearest(law, target, upper):
@@ -219,33 +248,19 @@ def main():
                                           law.tails(pieces[-1][1])[1]), True)
                 if x is None or 0 < abs(x) < mpf(10) ** -307:
                     continue
-                inside = [(a is None or a < x) and (b is None or x < b) for a, b in pieces]
-                if not any(inside):
+                if not any((a is None or a < x) and (b is None or x < b) for a, b in pieces):
                     continue
-                below = above = mpf(0)
-                weight = law.weight(x)
-                for (a, b), mass, here in zip(pieces, masses, inside):
-                    if here:
-                        below += law.between(a, x)
-                        above += law.between(x, b)
-                    elif b is not None and x >= b:
-                        below += mass
-                    else:
-                        above += mass
-                    weight += sum(law.weight(c) for c in (a, b) if c is not None)
-                if min(below, above) / total < 1e-306:
+                found = Reference(law, pieces, x)
+                if min(found.below, found.above) < 1e-306:
                     continue
-                h = abs(x) * mpf(10) ** -25
-                slope = (law.logf(x + h) - law.logf(x - h)) / (2 * h) if x != 0 else mpf(0)
-                k_density = abs(slope) * (abs(x) + abs(law.origin) + law.extra(x)) + sum(
-                    law.weight(c) / total for piece in pieces for c in piece if c is not None)
                 fields = [name, *given, *[""] * (4 - len(given)),
                           *("" if c is None else repr(float(c)) for c in (lower, upper)),
-                          repr(float(x)), short(below / total), short(above / total),
-                          short(law.logf(x) - log(total)), short(weight / below, 3),
-                          short(weight / above, 3), short(k_density, 3),
-                          short(exp(law.logf(x)) / total, 8)]
+                          repr(float(x)), short(found.below), short(found.above),
+                          short(found.log_density), short(found.k_below, 3),
+                          short(found.k_above, 3), short(found.k_density, 3),
+                          short(found.density, 8)]
                 print(",".join(fields))
 
 
-main()
+if __name__ == "__main__":
+    main()
