@@ -170,10 +170,14 @@ void palvexForget(Source* source) {
 
 /// gamma, delta, lambda and xi of the Johnson curve of four moments; for the normal curve standard
 /// deviation, 0, mean, 0.
-/// @returns its type: 1 SL, 2 SU, 3 SB, 4 normal
+/// @returns its type: 1 SL, 2 SU, 3 SB, 4 normal; 0 for a fit that fails
 int palvexJohnson(const double* moments, double* constants) {
   palvex::m_Johnson::JohnsonParams fit;
-  palvex::m_Johnson::CalcJohnson(moments[0], moments[1], moments[2], moments[3], fit);
+  try {
+    palvex::m_Johnson::CalcJohnson(moments[0], moments[1], moments[2], moments[3], fit);
+  } catch (const std::exception&) {
+    return 0;
+  }
   constants[0] = fit.gamma;
   constants[1] = fit.delta;
   constants[2] = fit.lambda;

@@ -105,7 +105,7 @@ def marks(table):
     yield ("beta `Law::quantile`, times the fastest of `RandVal`, Boost and R", 1.0,
            *worst((case, times["Law"] / min(times[who] for who in ("object", "Boost", "R")))
                   for case, times in draw.items() if case.startswith("Beta")),
-           "*Beta quantiles of `Law` beside Boost*: Boost knows the closed form of the arcsine law, beta 0.5 0.5.")
+           "")
     yield ("`Law::quantiles`, times `RandVal` in a loop: uniform, triangular, normal", 0.5,
            *worst((case, times["Law"] / times["object"]) for case, times in table["block"].items()
                   if case in ("Uniform", "Triangular", "Normal")),

@@ -9,7 +9,7 @@ limits, x, P(X <= x), P(X > x), ln density, the condition numbers of the first t
 density (how much a relative change of x, of a limit or of a parameter that is subtracted from x
 changes them, relatively), and the density."""
 
-from mpmath import mp, mpf, erfc, exp, expm1, log, sqrt, pi, gammainc, betainc, gamma, beta, asinh, inf, loggamma
+from mpmath import mp, mpf, erfc, exp, expm1, log, sqrt, pi, gammainc, hyp2f1, asinh, inf, loggamma, floor, ldexp
 
 mp.dps = 60
 
@@ -89,17 +89,31 @@ class Law:
             self.origin = max(abs(p[2]), abs(p[3]) if p[3] != 1 else 0)
             w = p[3] - p[2]
 
+            log_beta = loggamma(a) + loggamma(b) - loggamma(a + b)
+
+            def ratio(a, b, u):  # by a series whose terms are all positive, in integers of 2^-260
+                power = exp(a * log(u) + b * log(1 - u) - log_beta) / a
+                if u > 0.95:
+                    return power * hyp2f1(1, a + b, a + 1, u)
+                above, below, u = (int(floor(ldexp(v, 260))) for v in (a + b, a + 1, u))
+                term = total = 1 << 260
+                while term:
+                    term = term * above // below * u >> 260
+                    total += term
+                    above, below = above + (1 << 260), below + (1 << 260)
+                return power * ldexp(mpf(total), -260)
+
             def tails(x):
                 u = (x - p[2]) / w
                 if u < a / (a + b):
-                    low = betainc(a, b, 0, u, regularized=True)
+                    low = ratio(a, b, u)
                     return low, 1 - low
-                high = betainc(b, a, 0, 1 - u, regularized=True)
+                high = ratio(b, a, 1 - u)
                 return 1 - high, high
 
             self.tails = tails
             self.logf = lambda x: ((a - 1) * log((x - p[2]) / w) + (b - 1) * log((p[3] - x) / w) -
-                                   log(w) - loggamma(a) - loggamma(b) + loggamma(a + b))
+                                   log(w) - log_beta)
         elif name[:8] == "Johnson ":
             g, d, l, xi = p
             self.origin = xi
