@@ -23,12 +23,14 @@ def log_phi(z):
 
 
 class Law:
-    """tails(x), log density and its slope at x, support, and what is subtracted from x."""
+    """tails(x), log density and its slope at x, support, and what is subtracted from x: `origin`, or the
+    parameters that are `located` like x."""
 
     def __init__(self, name, p):
         self.name, self.given = name, p
         self.p = p = [mpf(v) for v in p]
         self.origin = mpf(0)
+        self.located = []
         self.low, self.high = -inf, inf
         self.extra = lambda x: 0  # further conditioning of the argument of a logarithm
         if name == "Normal":
@@ -42,7 +44,7 @@ class Law:
             self.logf = lambda x: -log(w)
         elif name == "Triangular":
             a, m, b = p
-            self.origin, self.low, self.high = max(abs(a), abs(b)), a, b
+            self.low, self.high, self.located = a, b, [0, 1, 2]
 
             def tails(x):
                 # The other tail is that at m and the trapezium between.
@@ -86,7 +88,7 @@ class Law:
             self.logf = lambda x: (p[0] - 1) * log(z(x)) - z(x) - loggamma(p[0]) - log(p[1])
         elif name == "Beta":
             a, b, self.low, self.high = p
-            self.origin = max(abs(p[2]), abs(p[3]) if p[3] != 1 else 0)
+            self.located = [] if (self.low, self.high) == (0, 1) else [2, 3]
             w = p[3] - p[2]
 
             log_beta = loggamma(a) + loggamma(b) - loggamma(a + b)
@@ -121,7 +123,7 @@ class Law:
                 u = lambda x: (x - xi) / l
                 self.z = lambda x: g + d * asinh(u(x))
                 self.logdz = lambda x: log(d / l) - log(1 + u(x) ** 2) / 2
-                self.extra = lambda x: abs(g / d) * l * sqrt(1 + u(x) ** 2)
+                self.extra = lambda x: (abs(g / d) + abs(asinh(u(x)))) * l * sqrt(1 + u(x) ** 2)
             elif name[8:] == "SL":
                 self.low, self.high = (xi, inf) if l > 0 else (-inf, xi)
                 self.z = lambda x: l * (g + d * log(l * (x - xi)))
@@ -129,10 +131,11 @@ class Law:
                 self.extra = lambda x: (abs(g / d) + abs(log(l * (x - xi)))) * abs(x - xi)
             else:
                 self.low, self.high = xi, xi + l
-                self.origin = abs(xi) + l
+                self.located = [2]
                 self.z = lambda x: g + d * log((x - xi) / (xi + l - x))
                 self.logdz = lambda x: log(d * l) - log(x - xi) - log(xi + l - x)
-                self.extra = lambda x: abs(g / d) * (x - xi) * (xi + l - x) / l
+                self.extra = lambda x: ((abs(g / d) + abs(log((x - xi) / (xi + l - x)))) *
+                                        (x - xi) * (xi + l - x) / l)
             self.tails = lambda x: normal_tails(self.z(x))
             self.logf = lambda x: log_phi(self.z(x)) + self.logdz(x)
 
@@ -142,9 +145,19 @@ class Law:
         upper = (mpf(1), mpf(0)) if y is None else self.tails(y)
         return upper[0] - lower[0] if upper[0] < lower[1] else lower[1] - upper[1]
 
+    def change(self, of, x):
+        """The change of of(law, x) for relative changes of the located parameters."""
+        total, h = mpf(0), mpf(10) ** -25
+        for i in self.located:
+            p = [v * (1 + h) if j == i else v for j, v in enumerate(self.p)]
+            total += abs(of(Law(self.name, p), x) - of(self, x)) / h
+        return total
+
     def weight(self, x):
         """The absolute change of a tail for a relative change of x and what is subtracted."""
-        return exp(self.logf(x)) * (abs(x) + abs(self.origin) + self.extra(x))
+        smaller = min((0, 1), key=lambda i: self.tails(x)[i])
+        return (exp(self.logf(x)) * (abs(x) + abs(self.origin) + self.extra(x)) +
+                self.change(lambda law, x: law.tails(x)[smaller], x))
 
 
 class Reference:
@@ -171,8 +184,9 @@ class Reference:
         self.log_density = law.logf(x) - log(total)
         self.density = exp(law.logf(x)) / total
         self.k_below, self.k_above = weight / below, weight / above
-        self.k_density = abs(slope) * (abs(x) + abs(law.origin) + law.extra(x)) + sum(
-            law.weight(c) / total for piece in pieces for c in piece if c is not None)
+        self.k_density = (abs(slope) * (abs(x) + abs(law.origin) + law.extra(x)) +
+                          law.change(lambda one, x: one.logf(x), x) +
+                          sum(law.weight(c) / total for piece in pieces for c in piece if c is not None))
 
 
 def nearest(law, target, upper):
