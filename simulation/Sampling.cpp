@@ -39,9 +39,9 @@ constexpr std::uint64_t wrappedSum(std::uint64_t a, std::uint64_t b, std::uint64
 
 /// uniform(seed, stream, t) for t = first, first + 1, ...: the same generator, worked for eight
 /// trials side by side.
-#if defined(__x86_64__) && defined(__gnu_linux__)
+#if defined(__x86_64__) && defined(__gnu_linux__) && !defined(__SANITIZE_THREAD__)
 // Compiled a second time for processors with wide registers; which one runs is decided when the
-// program is loaded. The numbers are the same.
+// program is loaded, before the thread sanitizer is ready for it. The numbers are the same.
 [[gnu::target_clones("avx512f", "default")]]
 #endif
 void fill(std::uint64_t seed, std::uint64_t stream, std::uint64_t first, std::span<double> u) {

@@ -12,8 +12,9 @@
 #include <vector>
 
 #include "ManyLaws.h"
-#include "palvex/palvex.h"
+#include "Session.h"
 #include "palvex/simulation.h"
+#include "runtime/MessageBox.h"
 #include "runtime/NumericText.h"
 
 namespace palvex {
@@ -64,44 +65,19 @@ TEST(Threads, ShareLawsThatNobodyAskedBefore) {
 }
 
 TEST(Threads, UseObjectsOfTheirOwn) {
+  setMessageBox([](const std::string&) {});
   onThreads<std::string>([] {
     std::string answers;
-    const auto note = [&](const std::function<double()>& member) {
-      try {
-        answers += numberText(member()) + ' ';
-      } catch (const RuntimeError& error) {
-        answers += error.what();
-      }
-    };
-    const std::array data{1.0, 2.0, 2.0, 5.0};
-    for (const auto& [type, parameters] : std::vector<std::pair<const char*, std::vector<Variant>>>{
-             {"Normal", {1, 2}},
-             {"Uniform", {0, 3}},
-             {"Triangular", {0, 1, 3}},
-             {"Lognormal", {0, 0.5, 0}},
-             {"Exponential", {2, 0}},
-             {"Weibull", {2, 1, 0}},
-             {"Beta", {2, 3, 0, 3}},
-             {"Gamma", {2.5, 1, 0}},
-             {"Johnson", {1, 1, 0.5, 4}},
-             {"Johnson", {1, 0.5, 0.5, 2.5}},
-             {"Histogram", {std::make_shared<Cells>(data), "Raw Data"}},
-             {"Normal", {1, -2}}}) {
-      c_Distribution d;
-      d.distType(type);
-      d.param1 = parameters[0];
-      d.param2 = parameters[1];
-      if (parameters.size() > 2) d.param3 = parameters[2];
-      if (parameters.size() > 3) d.param4 = parameters[3];
-      d.utl = std::make_shared<Cells>(std::array{2.5});
-      std::string cause;
-      note([&] { return d.ParamsOK(cause); });
-      answers += cause;
+    for (const Case& as : cases()) {
       for (const bool dynamic : {false, true}) {
-        d.Dynamic = dynamic;
-        for (const double p : {0.3, 2.0}) note([&] { return d.RandVal(p) + d.cdf(p) + d.pdf(p); });
-        note([&] { return d.mean() + d.StDev() + d.CalcMean(); });
-        note([&] { return d.CreateGraphData(d.XMin(), d.XMax()), d.GraphPDF(50); });
+        c_Distribution d = described(as, dynamic);
+        for (const Member& member : members()) {
+          try {
+            answers += numberText(member.call(d)) + ' ';
+          } catch (const std::exception& error) {
+            answers += error.what();  // with its trace
+          }
+        }
       }
     }
     return answers;
