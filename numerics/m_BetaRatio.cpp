@@ -211,8 +211,10 @@ Method& prepared(std::optional<Method>& method, Shapes... shapes) {
 
 namespace {
 
-/// Up to this magnitude of the exponent, exp magnifies its rounding to 5e-15 at most.
+/// Up to these magnitudes of the exponent, exp magnifies its rounding to 5e-15 and 1.3e-15 at most.
+/// The first reaches over the bulk of all shapes, the second over that of a power of x alone.
 constexpr double smallExponent = 16;
+constexpr double smallHeadExponent = 4;
 
 /// x as its complement y tells it, if y is the smaller one and so the one with all digits.
 Twofold withAllDigits(double x, double y) {
@@ -293,7 +295,7 @@ double BetaPower::aroundMean(double x, double y, double lambda) const {
 double BetaPower::head(double x, double y, double shape) const {
   const double scale = scale_ * powerOfBase_ / shape;
   const double exponent = shape * logarithm(x, y);
-  if (std::abs(exponent) <= smallExponent) return scale * std::exp(exponent);
+  if (std::abs(exponent) <= smallHeadExponent) return scale * std::exp(exponent);
   return scaledPowers(scale, withAllDigits(x, y), shape, {1}, 0);
 }
 
