@@ -90,7 +90,7 @@ std::vector<std::int32_t> filledRows(const Sheet& sheet) {
 
 std::size_t placeOf(const std::vector<std::string>& names, const std::string& name) {
   const auto found = std::find_if(names.begin(), names.end(), [&](const std::string& other) {
-    return folded(other) == folded(name);
+    return sameLetters(other, name);
   });
   return static_cast<std::size_t>(found - names.begin());
 }
@@ -181,8 +181,8 @@ Copula::Copula(const Correlations& correlations, std::span<const std::string> in
   for (const std::string& name : correlations.names) {
     const std::size_t input = placeOf(known, name);
     if (input == known.size()) {
-      const std::string guess = suggestion(name, known);
-      throw Fault("there is no input '" + name + "'" + (guess.empty() ? "." : guess));
+      const std::vector<std::string_view> names(known.begin(), known.end());
+      throw Fault("there is no input '" + name + "'" + suggestion(name, names));
     }
     inputs_.push_back(input);
   }

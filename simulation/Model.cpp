@@ -70,16 +70,14 @@ Number chanceNumber(const Operand& operand) {
 }
 
 const LawType& typeCalled(const std::string& name) {
-  std::vector<std::string> names;
-  for (const LawType& type : lawTypes) {
-    if (type.name == name) return type;
-    names.emplace_back(type.name);
-  }
-  if (nearest(name, names))
-    throw Fault("there is no type '" + name + "'" + suggestion(name, names));
+  if (const LawType* const type = findLawType(name)) return *type;
+  std::vector<std::string_view> names;
+  for (const LawType& type : lawTypes) names.push_back(type.name);
+  const std::string fault = "there is no type '" + name + "'";
+  if (!nearest(name, names).empty()) throw Fault(fault + suggestion(name, names));
   std::string list;
-  for (const std::string& known : names) list += (list.empty() ? "" : ", ") + known;
-  throw Fault("there is no type '" + name + "'; there are " + list + '.');
+  for (const std::string_view known : names) list.append(list.empty() ? "" : ", ").append(known);
+  throw Fault(fault + "; there are " + list + '.');
 }
 
 void completeParameters(const LawType& type, std::vector<Operand>& parameters) {
@@ -95,6 +93,30 @@ void completeParameters(const LawType& type, std::vector<Operand>& parameters) {
     const std::optional<double> usual = usualParameter(type, i);
     if (!usual) throw Fault(std::string(type.parameters[i]) + " is missing.");
     parameters[i] = Variant(*usual);
+  }
+}
+
+/// Refuses fixed parameters that no value of the live ones goes with.
+void checkFixed(std::string_view type, std::span<const Number> parameters) {
+  // A type that asks the same of each parameter.
+  if (type == "PERT") type = "Triangular";
+  if (type == "LognormalMean") type = "Johnson";
+  const Family& family = *findFamily(type);
+  Values values;
+  values.p.fill(1);  // meets any demand
+  for (std::size_t i = 0; i < parameters.size(); ++i) {
+    if (const auto* fixed = std::get_if<double>(&parameters[i])) values.p[i] = *fixed;
+  }
+  if (!family.meetsDemands(values)) {
+    static_cast<void>(makeLaw(*findLawType(type), values.p));  // throws the sentence about it
+  }
+  std::optional<std::size_t> before;
+  for (std::size_t i = family.ascending->first; i <= family.ascending->last; ++i) {
+    if (!std::holds_alternative<double>(parameters[i])) continue;
+    const auto name = [&](std::size_t at) { return std::string((*family.parameters)[at].name); };
+    if (before && values.p[i] < values.p[*before])
+      throw Fault(name(i) + " can not be less than " + name(*before) + '.');
+    before = i;
   }
 }
 
@@ -119,9 +141,8 @@ std::string chanceFault(double chance) {
 }
 
 const Row* Model::find(std::string_view name) const {
-  const std::string wanted = folded(name);
   for (const Row& row : rows_) {
-    if (row.kind != Row::Kind::total && folded(row.name) == wanted) return &row;
+    if (row.kind != Row::Kind::total && sameLetters(row.name, name)) return &row;
   }
   return nullptr;
 }
@@ -129,12 +150,11 @@ const Row* Model::find(std::string_view name) const {
 RowValue Model::above(std::string_view name) const {
   if (const Row* row = find(name)) return {static_cast<std::size_t>(row - rows_.data())};
   for (const std::string& other : names_) {
-    if (folded(other) == folded(name)) throw Fault("[" + other + "] is not a row above this one.");
+    if (sameLetters(other, name)) throw Fault("[" + other + "] is not a row above this one.");
   }
-  std::vector<std::string> names = names_;
+  std::vector<std::string_view> names(names_.begin(), names_.end());
   for (const Row& row : rows_) names.push_back(row.name);
-  const std::string guess = suggestion(name, names);
-  throw Fault("there is no row [" + std::string(name) + "]" + (guess.empty() ? "." : guess));
+  throw Fault("there is no row [" + std::string(name) + "]" + suggestion(name, names));
 }
 
 namespace {
@@ -205,6 +225,7 @@ void Model::completeInput(Row& row, Input& input) const {
     for (std::size_t i = 0; i < input.parameters.size(); ++i) {
       row.parameters.push_back(parameterNumber(input.parameters[i], type.parameters[i]));
     }
+    checkFixed(type.name, row.parameters);
   }
   if (liveParameters || liveLimits) {
     row.lower = limitNumber(input.lower, "LTL");

@@ -74,7 +74,7 @@ class TableReader {
       const std::string title = cellText(sheet_.at(row, column));
       const auto* const known =
           std::find_if(columnNames.begin(), columnNames.end(),
-                       [&](const auto& name) { return folded(name) == folded(title); });
+                       [&](const auto& name) { return sameLetters(name, title); });
       if (known == columnNames.end()) {
         others.push_back(title);
         continue;

@@ -1,7 +1,7 @@
 #include "simulation/Text.h"
 
 #include <algorithm>
-#include <limits>
+#include <vector>
 
 namespace palvex::simulation {
 
@@ -18,6 +18,10 @@ std::string folded(std::string_view text) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   }
   return lower;
+}
+
+bool sameLetters(std::string_view a, std::string_view b) {
+  return folded(a) == folded(b);
 }
 
 std::size_t lettersAway(std::string_view first, std::string_view second) {
@@ -42,22 +46,25 @@ std::size_t lettersAway(std::string_view first, std::string_view second) {
   return row.back();
 }
 
-std::optional<std::string> nearest(std::string_view text, std::span<const std::string> names) {
-  std::optional<std::string> best;
-  std::size_t least = std::max<std::size_t>(2, text.size() / 3) + 1;
-  for (const std::string& name : names) {
-    const std::size_t distance = lettersAway(text, name);
-    if (distance < least && distance < name.size()) {
-      least = distance;
+std::string_view nearest(std::string_view word, std::span<const std::string_view> names) {
+  constexpr std::size_t longestWord = 40;  // anything longer is no slip of the hand
+  if (word.size() > longestWord) return {};
+  std::string_view best;
+  std::size_t least = longestWord;
+  for (const std::string_view name : names) {
+    const bool begins = word.size() >= 3 && sameLetters(word, name.substr(0, word.size()));
+    const std::size_t changes = begins ? 1 : lettersAway(word, name);
+    if (changes < least && 3 * changes <= name.size()) {
       best = name;
+      least = changes;
     }
   }
   return best;
 }
 
-std::string suggestion(std::string_view text, std::span<const std::string> names) {
-  const auto name = nearest(text, names);
-  return name ? "; did you mean " + *name + "?" : "";
+std::string suggestion(std::string_view word, std::span<const std::string_view> names) {
+  const std::string_view name = nearest(word, names);
+  return name.empty() ? "." : "; did you mean " + std::string(name) + "?";
 }
 
 std::string cellText(const Variant& cell) {

@@ -107,21 +107,10 @@ TEST(Worksheet, KeepsWhatIsWantedOnly) {
   EXPECT_EQ(absoluteAddress(sheet.ended(wanted[1])), "$B$3:$B$5");
 }
 
-TEST(Text, IsEscapedAndGuessed) {
+TEST(Text, IsEscapedAndCommasAreJudged) {
   EXPECT_EQ(escaped("a\x1b[31m\n\t\x7f\xc2\x9b"), "a\\x1b[31m\\n\\t\\x7f\\xc2\\x9b");
   EXPECT_EQ(escaped("\xc3\xa9 \xe2\x86\x92 \xed\xa0\x80 \xff \xc3"),
             "\xc3\xa9 \xe2\x86\x92 \\xed\\xa0\\x80 \\xff \\xc3");
-  const std::vector<std::string_view> names{"Normal", "Lognormal", "Triangular", "Beta"};
-  for (const auto& [word, name] :
-       std::vector<std::pair<const char*, const char*>>{{"Norml", "Normal"},
-                                                        {"Triangle", "Triangular"},
-                                                        {"lognromal", "Lognormal"},
-                                                        {"tri", "Triangular"},
-                                                        {"Bta", "Beta"},
-                                                        {"xyz", ""},
-                                                        {"", ""},
-                                                        {"no", ""}})
-    EXPECT_EQ(nearest(word, names), name) << word;
   for (const char* good : {"1", "-1,250", "$12,345,678.5e3", "(1,000)"})
     EXPECT_TRUE(commasMarkThousands(good)) << good;
   for (const char* bad : {"2,5", "0,125", "1234,567", "1,2500", "1,250,5", ",5"})

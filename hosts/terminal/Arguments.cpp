@@ -13,6 +13,7 @@
 #include "hosts/terminal/Text.h"
 #include "laws/Johnson.h"
 #include "runtime/NumericText.h"
+#include "simulation/Text.h"
 
 namespace palvex::terminal {
 
@@ -40,10 +41,10 @@ Block blockIn(const std::string& argument) {
 /// A limit as argumentValue, with "-inf" and the like as the engine's texts for no limit.
 Variant limitValue(const std::string& argument, const std::shared_ptr<const Worksheet>& sheet) {
   for (const char* text : {"-inf", "-Infinity"}) {
-    if (sameLetters(argument, text)) return "-Infinity";
+    if (simulation::sameLetters(argument, text)) return "-Infinity";
   }
   for (const char* text : {"inf", "+inf", "Infinity", "+Infinity"}) {
-    if (sameLetters(argument, text)) return "+Infinity";
+    if (simulation::sameLetters(argument, text)) return "+Infinity";
   }
   return argumentValue(argument, sheet);
 }
@@ -146,9 +147,9 @@ std::string typeNamed(const std::string& type) {
   names.reserve(lawTypes.size());
   for (const LawType& entry : lawTypes) names.push_back(entry.name);
   for (const std::string_view name : names) {
-    if (sameLetters(name, type)) return std::string(name);
+    if (simulation::sameLetters(name, type)) return std::string(name);
   }
-  const std::string_view near = nearest(type, names);
+  const std::string_view near = simulation::nearest(type, names);
   throw Refusal(fmt::format("Unknown distribution type '{}'.  {}", type,
                             near.empty() ? std::string("palvex types lists them.")
                                          : fmt::format("Did you mean {}?", near)));
@@ -224,7 +225,7 @@ Variant argumentValue(const std::string& argument, const std::shared_ptr<const W
   if (!argument.starts_with('=')) {
     if (const auto number = numberIn(argument)) return *number;
     for (const std::string_view layout : dataConfigurations) {
-      if (sameLetters(argument, layout)) return layout;
+      if (simulation::sameLetters(argument, layout)) return layout;
     }
     return argument;
   }

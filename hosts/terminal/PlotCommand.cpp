@@ -15,7 +15,7 @@
 #include "hosts/terminal/Members.h"
 #include "hosts/terminal/Output.h"
 #include "hosts/terminal/Plot.h"
-#include "hosts/terminal/Text.h"
+#include "simulation/Text.h"
 
 namespace palvex::terminal {
 
@@ -327,7 +327,8 @@ void writePng(const std::string& svg, const std::string& file) {
 
 bool endsIn(const std::string& file, std::string_view ending) {
   return file.size() >= ending.size() &&
-         sameLetters(std::string_view(file).substr(file.size() - ending.size()), ending);
+         simulation::sameLetters(std::string_view(file).substr(file.size() - ending.size()),
+                                 ending);
 }
 
 /// @throws UsageError for a name that is no picture's

@@ -12,6 +12,7 @@
 #include "hosts/terminal/Text.h"
 #include "hosts/terminal/Worksheet.h"
 #include "runtime/RuntimeError.h"
+#include "simulation/Text.h"
 
 namespace palvex::terminal {
 
@@ -78,7 +79,7 @@ std::string withoutCommand(const CLI::App& program) {
   if (words.empty()) return "a command is missing; palvex --help lists them";
   const std::vector<std::string> commands = commandsOf(program);
   const std::vector<std::string_view> names(commands.begin(), commands.end());
-  const std::string_view near = nearest(words.front(), names);
+  const std::string_view near = simulation::nearest(words.front(), names);
   return fmt::format("there is no command '{}'; {}palvex --help lists them", words.front(),
                      near.empty() ? "" : fmt::format("did you mean {}? ", near));
 }

@@ -4,16 +4,10 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
-#include <vector>
 
 namespace palvex::terminal {
 
 namespace {
-
-char lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 bool isDigit(char c) {
   return c >= '0' && c <= '9';
@@ -45,31 +39,6 @@ bool isControl(std::string_view character) {
   if (character.size() == 1) return first < 0x20 || first == 0x7F;
   // U+0080 to U+009F
   return first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0;
-}
-
-/// Letters to change, add, leave out or swap with their neighbour to make `a` of `b` (Damerau,
-/// Comm. ACM 7 (1964) 171-176), without regard to case.
-std::size_t distance(std::string_view a, std::string_view b) {
-  const std::size_t width = b.size() + 1;
-  std::vector<std::size_t> table((a.size() + 1) * width);
-  const auto at = [&](std::size_t i, std::size_t j) -> std::size_t& {
-    return table[i * width + j];
-  };
-  for (std::size_t i = 0; i <= a.size(); ++i) {
-    for (std::size_t j = 0; j <= b.size(); ++j) {
-      if (i == 0 || j == 0) {
-        at(i, j) = i + j;
-        continue;
-      }
-      const std::size_t change = lower(a[i - 1]) == lower(b[j - 1]) ? 0 : 1;
-      at(i, j) = std::min({at(i - 1, j) + 1, at(i, j - 1) + 1, at(i - 1, j - 1) + change});
-      if (i > 1 && j > 1 && lower(a[i - 1]) == lower(b[j - 2]) &&
-          lower(a[i - 2]) == lower(b[j - 1])) {
-        at(i, j) = std::min(at(i, j), at(i - 2, j - 2) + 1);
-      }
-    }
-  }
-  return table.back();
 }
 
 }  // namespace
@@ -115,27 +84,6 @@ std::string markup(std::string_view text) {
     }
   }
   return safe;
-}
-
-bool sameLetters(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return lower(x) == lower(y); });
-}
-
-std::string_view nearest(std::string_view word, std::span<const std::string_view> names) {
-  constexpr std::size_t longestWord = 40;  // anything longer is no slip of the hand
-  if (word.size() > longestWord) return {};
-  std::string_view best;
-  std::size_t least = longestWord;
-  for (const std::string_view name : names) {
-    const bool begins = word.size() >= 3 && sameLetters(word, name.substr(0, word.size()));
-    const std::size_t changes = begins ? 1 : distance(word, name);
-    if (changes < least && 3 * changes <= name.size()) {
-      best = name;
-      least = changes;
-    }
-  }
-  return best;
 }
 
 bool commasMarkThousands(std::string_view number) {
