@@ -7,13 +7,11 @@
 #include "hosts/calc/Office.h"
 #include "hosts/calc/Range.h"
 #include "hosts/calc/Text.h"
+#include "hosts/calc/Uno.h"
 
 namespace palvex::calc {
 
 namespace {
-
-using css::uno::Any;
-using css::uno::Sequence;
 
 Variant fromTable(const Sequence<Sequence<Any>>& rows) {
   const sal_Int32 width = rows.hasElements() ? rows[0].getLength() : 0;

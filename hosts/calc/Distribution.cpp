@@ -13,6 +13,7 @@
 #include "hosts/calc/Conversion.h"
 #include "hosts/calc/Office.h"
 #include "hosts/calc/Text.h"
+#include "hosts/calc/Uno.h"
 
 namespace palvex::calc {
 
@@ -20,10 +21,6 @@ namespace {
 
 using css::reflection::InvocationTargetException;
 using css::script::InvocationInfo;
-using css::uno::Any;
-using css::uno::Reference;
-using css::uno::Sequence;
-using rtl::OUString;
 
 constexpr std::int32_t internalError = 51;
 constexpr std::int32_t argumentMissing = 449;

@@ -14,18 +14,12 @@
 
 #include "hosts/calc/Office.h"
 #include "hosts/calc/Text.h"
+#include "hosts/calc/Uno.h"
 #include "simulation/Fault.h"
 
 namespace palvex::calc {
 
 namespace {
-
-using css::uno::Any;
-using css::uno::Reference;
-using css::uno::Sequence;
-using css::uno::UNO_QUERY;
-using css::uno::UNO_QUERY_THROW;
-using rtl::OUString;
 
 css::beans::PropertyValue property(const char* name, const Any& value) {
   return {OUString::createFromAscii(name), 0, value, css::beans::PropertyState_DIRECT_VALUE};

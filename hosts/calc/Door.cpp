@@ -22,6 +22,7 @@
 #include "hosts/calc/Document.h"
 #include "hosts/calc/Office.h"
 #include "hosts/calc/Text.h"
+#include "hosts/calc/Uno.h"
 #include "hosts/calc/Workbook.h"
 #include "palvex/version.h"
 
@@ -30,8 +31,6 @@ namespace palvex::calc {
 namespace {
 
 namespace fs = std::filesystem;
-using css::uno::Reference;
-using css::uno::XComponentContext;
 
 std::string urlOf(const fs::path& file) {
   rtl::OUString url;

@@ -12,6 +12,7 @@
 #include "hosts/calc/Conversion.h"
 #include "hosts/calc/Office.h"
 #include "hosts/calc/Text.h"
+#include "hosts/calc/Uno.h"
 #include "runtime/Cells.h"
 #include "runtime/RuntimeError.h"
 #include "simulation/Model.h"
@@ -21,9 +22,6 @@ namespace palvex::calc {
 namespace {
 
 using css::lang::IllegalArgumentException;
-using css::uno::Any;
-using css::uno::Sequence;
-using rtl::OUString;
 
 /// An argument: empty when it is left out, a number, a text, or a range, which Calc hands over as
 /// its contents.

@@ -7,13 +7,10 @@
 #include <mutex>
 
 #include "hosts/calc/Text.h"
+#include "hosts/calc/Uno.h"
 #include "runtime/MessageBox.h"
 
 namespace palvex::calc {
-
-using css::uno::Reference;
-using css::uno::UNO_QUERY;
-using css::uno::XComponentContext;
 
 namespace {
 

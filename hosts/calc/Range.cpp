@@ -13,6 +13,7 @@
 #include <ooo/vba/excel/XRange.hpp>
 
 #include "hosts/calc/Text.h"
+#include "hosts/calc/Uno.h"
 
 namespace palvex::calc {
 
@@ -22,11 +23,6 @@ using css::sheet::XCellRangeAddressable;
 using css::table::CellRangeAddress;
 using css::table::XCell;
 using css::table::XCellRange;
-using css::uno::Any;
-using css::uno::Reference;
-using css::uno::Sequence;
-using css::uno::UNO_QUERY;
-using css::uno::UNO_QUERY_THROW;
 
 constexpr std::int32_t hostError = 440;                    // a failure of the office
 constexpr std::int64_t mostCells = std::int64_t{1} << 24;  // that one reading may bring

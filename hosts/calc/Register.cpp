@@ -10,6 +10,7 @@
 #include <com/sun/star/table/XColumnRowRange.hpp>
 
 #include "hosts/calc/Text.h"
+#include "hosts/calc/Uno.h"
 #include "hosts/calc/Workbook.h"
 #include "simulation/Fault.h"
 
@@ -17,12 +18,6 @@ namespace palvex::calc {
 
 namespace {
 
-using css::uno::Any;
-using css::uno::Reference;
-using css::uno::Sequence;
-using css::uno::UNO_QUERY;
-using css::uno::UNO_QUERY_THROW;
-using rtl::OUString;
 using simulation::Fault;
 
 constexpr sal_Int32 columns = 12;

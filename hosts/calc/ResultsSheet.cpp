@@ -28,6 +28,7 @@
 
 #include "hosts/calc/Office.h"
 #include "hosts/calc/Text.h"
+#include "hosts/calc/Uno.h"
 #include "simulation/Fault.h"
 
 namespace palvex::calc {
@@ -37,12 +38,6 @@ namespace {
 using css::beans::XPropertySet;
 using css::chart::XChartDocument;
 using css::sheet::XSpreadsheet;
-using css::uno::Any;
-using css::uno::Reference;
-using css::uno::Sequence;
-using css::uno::UNO_QUERY;
-using css::uno::UNO_QUERY_THROW;
-using css::uno::XInterface;
 using simulation::Fault;
 using simulation::ResultStatistics;
 

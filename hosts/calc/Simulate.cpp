@@ -15,6 +15,7 @@
 #include "hosts/calc/Register.h"
 #include "hosts/calc/ResultsSheet.h"
 #include "hosts/calc/Text.h"
+#include "hosts/calc/Uno.h"
 #include "hosts/calc/Workbook.h"
 #include "simulation/Run.h"
 
@@ -22,11 +23,6 @@ namespace palvex::calc {
 
 namespace {
 
-using css::uno::Reference;
-using css::uno::Sequence;
-using css::uno::UNO_QUERY;
-using css::uno::UNO_QUERY_THROW;
-using rtl::OUString;
 using simulation::Fault;
 
 /// The document that the user works on. Without a window, one that nobody has activated: the only

@@ -15,6 +15,7 @@
 
 #include "hosts/calc/Range.h"
 #include "hosts/calc/Text.h"
+#include "hosts/calc/Uno.h"
 #include "simulation/Fault.h"
 
 namespace palvex::calc {
@@ -24,9 +25,6 @@ namespace {
 using css::sheet::XSpreadsheet;
 using css::table::XCell;
 using css::table::XCellRange;
-using css::uno::Reference;
-using css::uno::UNO_QUERY;
-using css::uno::UNO_QUERY_THROW;
 using simulation::Fault;
 
 /// A reference's sheet and the cells on it: "Costs.B7", "Costs!B7", "'My costs'.$B$7", "B7".

@@ -2,7 +2,7 @@
 import math
 import unittest
 
-from office import Office, run_basic
+from office import OfficeTest, run_basic
 
 START = '''
 Function Answer
@@ -18,15 +18,9 @@ def density(z, sd):
     return math.exp(-z * z / 2) / (sd * math.sqrt(2 * math.pi))
 
 
-class DistributionTest(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.office = Office()
-        cls.addClassCleanup(cls.office.close)
-
+class DistributionTest(OfficeTest):
     def setUp(self):
-        self.document = self.office.new()
-        self.addCleanup(self.document.close, True)
+        super().setUp()
         self.sheet = self.document.Sheets[0]
 
     def cell(self, address):

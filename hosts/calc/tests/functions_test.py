@@ -3,7 +3,7 @@ import math
 import unittest
 from statistics import NormalDist
 
-from office import Office, properties
+from office import OfficeTest, properties
 
 NORMAL = NormalDist(100, 15)
 INVALID_ARGUMENT, NO_NUMBER, ARGUMENT_MISSING, DIVISION_BY_ZERO = 502, 503, 504, 532
@@ -42,16 +42,14 @@ TEXTS = [
 FILTERS = {"ods": "calc8", "xlsx": "Calc MS Excel 2007 XML"}
 
 
-class FunctionsTest(unittest.TestCase):
+class FunctionsTest(OfficeTest):
     @classmethod
     def setUpClass(cls):
-        cls.office = Office()
-        cls.addClassCleanup(cls.office.close)
+        super().setUpClass()
         cls.formulas = [formula for formula, _ in NUMBERS + FAULTS + TEXTS]
 
     def setUp(self):
-        self.document = self.office.new()
-        self.addCleanup(self.document.close, True)
+        super().setUp()
         sheet = self.document.Sheets[0]
         sheet.getCellRangeByName("D1:D2").setDataArray(((100.0,), (15.0,)))
         sheet.getCellRangeByName("E1:F3").setDataArray(((10.0, 1.0), (20.0, 2.0), (30.0, 1.0)))

@@ -6,6 +6,7 @@ import subprocess
 import tempfile
 import threading
 import time
+import unittest
 import uuid
 
 import uno
@@ -96,6 +97,19 @@ class Office:
             self.process.kill()
             self.process.wait()
         shutil.rmtree(self.folder, ignore_errors=True)
+
+
+class OfficeTest(unittest.TestCase):
+    """Tests that share one office, each with a new document."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.office = Office()
+        cls.addClassCleanup(cls.office.close)
+
+    def setUp(self):
+        self.document = self.office.new()
+        self.addCleanup(self.document.close, True)
 
 
 def run_basic(document, source, function, arguments=(), vba=False):

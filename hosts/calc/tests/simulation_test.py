@@ -6,7 +6,7 @@ import subprocess
 import time
 import unittest
 
-from office import BUILD, Office, properties
+from office import BUILD, OfficeTest, properties
 
 PALVEX = os.path.join(BUILD, "hosts/terminal/palvex")
 FILTERS = {"ods": "calc8", "xlsx": "Calc MS Excel 2007 XML"}
@@ -69,15 +69,9 @@ def wait_until(holds):
     raise AssertionError("did not happen within half a minute")
 
 
-class SimulationTest(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.office = Office()
-        cls.addClassCleanup(cls.office.close)
-
+class SimulationTest(OfficeTest):
     def setUp(self):
-        self.document = self.office.new()
-        self.addCleanup(self.document.close, True)
+        super().setUp()
         self.service = self.office.create("palvex.Simulation")
         sheets = self.document.Sheets
         sheets.insertNewByName("My costs", 0)
