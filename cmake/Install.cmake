@@ -34,7 +34,8 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/palvexConfig.cmake DESTINATION ${packa
 # Before version 1 a new minor version may change the interface.
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/palvexConfigVersion.cmake
                                  COMPATIBILITY SameMinorVersion)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/palvexConfigVersion.cmake DESTINATION ${package_dir})
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/palvexConfigVersion.cmake DESTINATION ${package_dir}
+        COMPONENT development)
 
 # The pkg-config file finds the prefix from its own place, so that an install can be moved.
 file(RELATIVE_PATH prefix_from_pkgconfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
