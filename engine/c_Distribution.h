@@ -141,9 +141,9 @@ class c_Distribution {
   double mean() const;
   /// The standard deviation; or, with a number xMean, sqrt(E (X - xMean)^2).
   double StDev(const Variant& xMean = Variant::missing()) const;
-  /// The mean by numerical integration, an independent check of `mean`. For extreme parameters (a
-  /// beta shape below 1e-9, a lognormal median below the smallest double, a lognormal scale above
-  /// 20 with far reversed limits) it may raise error 6 or 11 where `mean` still answers.
+  /// The mean by numerical integration, an independent check of `mean`. Where the values crowd so
+  /// near an end that no double lies between, as with a lognormal median below the smallest one, it
+  /// raises error 6 or 11 though `mean` still answers.
   double CalcMean() const;
   /// sqrt(E (X - mean)^2) by numerical integration: the standard deviation for the mean of
   /// CalcMean.
