@@ -8,15 +8,17 @@ set failed=0
 set options=/s
 set scope=/n /i:user
 set who=%1
+set done=While palvex is registered, leave this folder where it is.
 if "%1"=="remove" set options=/s /u
 if "%1"=="remove" set who=%2
+if "%1"=="remove" set done=palvex is no longer registered; this folder may go.
 if "%who%"=="machine" set scope=
 
 set native=win32
 if "%PROCESSOR_ARCHITECTURE%"=="AMD64" set native=win64
 call :register "%SystemRoot%\System32\regsvr32.exe" "%~dp0%native%\palvex.dll"
 if exist "%SystemRoot%\SysWOW64\regsvr32.exe" call :register "%SystemRoot%\SysWOW64\regsvr32.exe" "%~dp0win32\palvex.dll"
-if "%failed%"=="0" echo Done. While palvex is registered, leave this folder where it is.
+if "%failed%"=="0" echo Done. %done%
 exit /b %failed%
 
 :register
