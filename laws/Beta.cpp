@@ -21,7 +21,7 @@ void addTail(PartialMoments& moments, int order, m_Beta::IncompleteBeta& ratio, 
   if (x > 0 && y > 0) {
     tails = ratio(x, y);
     const double condition = (ratio.a() + ratio.b()) / std::min(x, y);
-    accuracy = condition <= 100 ? 5e-14 : 1e-12 + 4e-16 * condition;
+    accuracy = 2e-14 + 1e-16 * condition;
   }
   moments.add(static_cast<std::size_t>(order), upper ? -factor : factor,
               upper ? tails.upper : tails.lower, accuracy + 1e-15);

@@ -63,7 +63,7 @@ void addRatio(PartialMoments& moments, int order, double factor, double a, doubl
     if (x > 0 && std::isfinite(x)) {
       m_Gamma::gratio(a, x, p, q, 0);
       const double condition = std::abs(x - a) + std::sqrt(a) + a * std::abs(std::log(x / a)) + 1;
-      accuracy = 5e-14 + 1e-15 * condition;
+      accuracy = 2e-14 + 5e-16 * condition;
     }
     moments.add(static_cast<std::size_t>(order), upperTails ? -sign * factor : sign * factor,
                 upperTails ? q : p, 6e-15 + accuracy);
