@@ -100,9 +100,13 @@ SharedLaw histogramOf(std::span<const double> values, std::int32_t columns,
   if (values.empty()) throw std::invalid_argument("No data");
   const Family& family = *findFamily("Histogram");
   Values bins;
-  const std::string fault =
-      family.tabulate(std::make_shared<Cells>(values, columns), layout, bins, Line::here());
-  if (!fault.empty()) throw std::invalid_argument(fault);
+  try {
+    const std::string fault =
+        family.tabulate(std::make_shared<Cells>(values, columns), layout, bins, Line::here());
+    if (!fault.empty()) throw std::invalid_argument(fault);
+  } catch (const RuntimeError&) {
+    throw std::invalid_argument("The bins or their densities leave the range of doubles.");
+  }
   return family.law->between(family.name, bins, {});
 }
 

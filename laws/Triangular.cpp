@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 namespace palvex::laws {
 
@@ -35,18 +36,17 @@ Support Triangular::support() const noexcept {
 double Triangular::density(double x) const noexcept {
   if (!ordered(minimum_, likely_, maximum_) || !(minimum_ <= x && x <= maximum_)) return 0;
   if (maximum_ == minimum_) return 1;
-  const double height = 1 / (maximum_ / 2 - minimum_ / 2);
-  return x >= likely_ && likely_ != maximum_
-             ? height * ((maximum_ / 2 - x / 2) / (maximum_ / 2 - likely_ / 2))
-             : height * ((x / 2 - minimum_ / 2) / (likely_ / 2 - minimum_ / 2));
+  const double part = x >= likely_ && likely_ != maximum_ ? partAbove(x) : partBelow(x);
+  // The height of the smallest widths is infinite.
+  return part == 0 ? 0 : part * (2 / extent_.width / extent_.unit);
 }
 
 double Triangular::logDensity(double x) const noexcept {
   if (minimum_ == maximum_) return x == minimum_ ? 0 : -infinity;
   if (!(minimum_ <= x && x <= maximum_)) return -infinity;
   const bool isAbove = x >= likely_ && likely_ != maximum_;
-  return std::log(isAbove ? partAbove(x) : partBelow(x)) - std::log(extent_.width / 2) -
-         std::log(extent_.unit);
+  return std::log(isAbove ? partAbove(x) : partBelow(x)) + std::numbers::ln2 -
+         std::log(extent_.width) - std::log(extent_.unit);
 }
 
 Tails Triangular::tails(double x) const noexcept {

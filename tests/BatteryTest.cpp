@@ -1,7 +1,6 @@
 // What holds for every type: one battery over laws of all ten, then over random ones of each.
 
 #include <array>
-#include <bit>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -9,7 +8,7 @@
 #include <random>
 
 #include "Allocation.h"
-#include "Routines.h"
+#include "Stateless.h"
 #include "engine/c_Distribution.h"
 #include "families/m_Histogram.h"
 #include "families/m_Johnson.h"
@@ -331,46 +330,6 @@ TEST(RandomLaws, ClosedFormAndIntegrationAgreeAndPlotsBeginBelowTheirEnd) {
 // result must have the bits of the routines that keep nothing, and each error their number, their
 // description and their routines in the same order.
 
-/// A result to the bit, or an error: number, description, routines. `member` is left out of both.
-template <class Call>
-std::string outcome(const Call& call, const std::string& member = "") {
-  double value = 0;
-  const auto error = faultOf([&] { return value = call(); });
-  if (!error) return "bits " + std::to_string(std::bit_cast<std::uint64_t>(value));
-  std::string description = error->description();
-  std::string routines = routinesOf(*error);
-  if (!member.empty()) {
-    description.resize(description.rfind("\r\n" + member + ": ("));
-    routines.resize(routines.rfind("c_Distribution." + member));
-  }
-  return std::to_string(error->number()) + ' ' + description + ' ' + routines +
-         (routines.empty() || routines.back() == ' ' ? "" : " ");
-}
-
-/// The arguments of a family's routines behind x or p: parameters, or what is fitted to them.
-Values fittedOf(const std::string& type, const Law& law) {
-  if (type == "Histogram") return {law.parameters[0]};
-  if (type != "Johnson") return law.parameters;
-  Values given = law.parameters;
-  Values c = call("CalcJohnson", given);
-  c.pop_back();  // the message
-  return c;
-}
-
-double statelessProbability(const std::string& type, double x, const Values& p) {
-  Values given = p;
-  if (type == "Normal")
-    return call("NormalCDF", {Divide(x - p[0].toDouble(), p[1].toDouble()), false})[0].toDouble();
-  if (type == "Gamma") given[2] = p[2] != Variant(0);
-  if (type == "Lognormal") given.emplace_back(false);
-  if (type == "Beta") {
-    x = Divide(checked(x - p[2].toDouble()), checked(p[3].toDouble() - p[2].toDouble()));
-    given = {p[0], p[1], false};
-  }
-  given.insert(given.begin(), x);
-  return call(type + "CDF", given)[0].toDouble();
-}
-
 TEST(RandomLaws, TheObjectAddsSpeedAndNothingElse) {
   Chance chance;
   const double odd[]{0,      -0.0,   1,     0.5,      -0.1,      1.1,
@@ -403,27 +362,18 @@ TEST(RandomLaws, TheObjectAddsSpeedAndNothingElse) {
           outcome([] { return 1.0; }))
         continue;
       ++accepted;
-      const Values fitted = fittedOf(type, law);
-      const auto stateless = [&](const char* kind, double x) {
-        Values given = fitted;
-        given.insert(given.begin(), x);
-        given.insert(given.end(), {ltl, utl});
-        const std::string value = type == "Johnson" ? "JohnsonVal" : type + "VAL";
-        return call(*kind == 'V' ? value : type + kind, given)[0].toDouble();
-      };
+      const Stateless same(type, law.parameters, ltl, utl);
       for (int i = 0; i < 40; ++i) {
         d.Dynamic = chance.oneIn(5);
         const double p = chance.oneIn(8) ? odd[static_cast<std::size_t>(chance.uniform(0, 12))]
                                          : chance.probability();
         const double x = chance.oneIn(2) ? number() : p;
-        const std::string draw = outcome([&] { return stateless("VAL", p); });
+        const std::string draw = outcome([&] { return same.RandVal(p); });
         ASSERT_EQ(outcome([&] { return d.RandVal(p); }, "RandVal"), draw)
             << describe(d) << ' ' << p;
-        ASSERT_EQ(outcome([&] { return d.pdf(x); }, "pdf"),
-                  outcome([&] { return stateless("PDF", x); }))
+        ASSERT_EQ(outcome([&] { return d.pdf(x); }, "pdf"), outcome([&] { return same.pdf(x); }))
             << describe(d) << ' ' << x;
-        ASSERT_EQ(outcome([&] { return d.cdf(x); }, "cdf"),
-                  outcome([&] { return statelessProbability(type, x, fitted); }))
+        ASSERT_EQ(outcome([&] { return d.cdf(x); }, "cdf"), outcome([&] { return same.cdf(x); }))
             << describe(d) << ' ' << x;
         ++kinds[draw.front()];
       }
