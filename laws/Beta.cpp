@@ -12,6 +12,8 @@ namespace palvex::laws {
 
 namespace {
 
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
 /// Adds `factor` times a tail of the incomplete beta ratio at x = 1 - y, negative for the upper
 /// one.
 void addTail(PartialMoments& moments, int order, m_Beta::IncompleteBeta& ratio, double x, double y,
@@ -53,7 +55,7 @@ double Beta::standardDensity(double x) const noexcept {
   const auto [u, v] = fraction(x);
   const auto atEnd = [](double shape, double other) {
     if (shape == 1) return other;
-    return shape < 1 ? std::numeric_limits<double>::infinity() : 0;
+    return shape < 1 ? infinity : 0;
   };
   if (u == 0) return atEnd(alpha_, beta_);
   if (v == 0) return atEnd(beta_, alpha_);
@@ -72,9 +74,10 @@ double Beta::logDensity(double x) const noexcept {
   const bool inside = x > minimum_ && x < maximum_;
   if (!inside || std::isnormal(direct)) return std::log(direct);
   const auto [u, v] = fraction(x);
-  return (alpha_ - 1) * std::log(u) + (beta_ - 1) * std::log(v) -
-         m_Beta::IncompleteBeta(alpha_, beta_).logBeta() - std::log(extent_.width) -
-         std::log(extent_.unit);
+  const double logarithm = (alpha_ - 1) * std::log(u) + (beta_ - 1) * std::log(v) -
+                           m_Beta::IncompleteBeta(alpha_, beta_).logBeta() -
+                           std::log(extent_.width) - std::log(extent_.unit);
+  return std::isnan(logarithm) ? -infinity : logarithm;  // undefined for the largest shapes only
 }
 
 void Beta::prepare() {

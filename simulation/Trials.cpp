@@ -144,8 +144,9 @@ void Trials::drawOne(std::size_t row, std::size_t input, std::size_t trial) {
   double chance = 1;
   double value = 0;
   try {
-    chance = number(drawn.chance, trial);
-    if (!(chance >= 0 && chance <= 1)) throw Fault(chanceFault(chance));
+    const double given = number(drawn.chance, trial);
+    if (!(given >= 0 && given <= 1)) throw Fault(chanceFault(given));
+    chance = given;
     happens = chance == 1 || events_[input][trial] < chance;
     if (drawn.isLive()) {
       const Law law = lawIn(drawn, trial);
