@@ -87,10 +87,11 @@ void Beta::prepare() {
 Tails Beta::tails(double x) const noexcept {
   if (x >= maximum_) return {1, 0};
   if (x <= minimum_) return {0, 1};
+  // A part of the width that is too small for a double counts as the smallest one: with the
+  // smallest shapes it still has a probability.
+  constexpr double smallest = std::numeric_limits<double>::denorm_min();
   const auto [u, v] = fraction(x);
-  if (!(u > 0)) return {0, 1};
-  if (!(v > 0)) return {1, 0};
-  const m_Beta::Tails both = inverse_->ratio()(u, v);
+  const m_Beta::Tails both = inverse_->ratio()(std::max(u, smallest), std::max(v, smallest));
   return {both.lower, both.upper};
 }
 

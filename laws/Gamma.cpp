@@ -43,8 +43,14 @@ double Gamma::logDensity(double x) const noexcept {
 Tails Gamma::tails(double x) const noexcept {
   if (x <= minimum_) return {0, 1};
   const double z = (x - minimum_) / scale_;
-  if (z == 0) return {0, 1};
   if (std::isinf(z)) return {1, 0};
+  if (shape_ * z == 0) {
+    // P = z^shape / gamma(1 + shape), where z itself may be too small for a double.
+    if (shape_ > 1) return {0, 1};
+    const double logarithm =
+        shape_ * (std::log(x - minimum_) - std::log(scale_)) - m_Gamma::gamln1(shape_);
+    return {std::exp(logarithm), -std::expm1(logarithm)};
+  }
   const m_Gamma::Ratio ratio = prepared_(z);
   return {ratio.p, ratio.q};
 }

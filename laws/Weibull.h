@@ -29,7 +29,10 @@ class Weibull {
   /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept {
     if (x <= minimum_) return {0, 1};
-    const double power = powerOf((x - minimum_) / scale_, shape_);
+    const double z = (x - minimum_) / scale_;
+    // With the smallest shapes a z that is too small for a double still has a probability.
+    const double power =
+        z > 0 ? powerOf(z, shape_) : std::exp(shape_ * (std::log(x - minimum_) - std::log(scale_)));
     return {-std::expm1(-power), std::exp(-power)};
   }
   /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
