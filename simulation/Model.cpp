@@ -72,6 +72,7 @@ Number chanceNumber(const Operand& operand) {
 const LawType& typeCalled(const std::string& name) {
   if (const LawType* const type = findLawType(name)) return *type;
   std::vector<std::string_view> names;
+  names.reserve(lawTypes.size());
   for (const LawType& type : lawTypes) names.push_back(type.name);
   const std::string fault = "there is no type '" + name + "'";
   if (!nearest(name, names).empty()) throw Fault(fault + suggestion(name, names));

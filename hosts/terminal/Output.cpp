@@ -74,7 +74,7 @@ FileAside::FileAside(const std::string& path) : path_(target(path)), aside_(asid
   std::error_code none;
   const fs::file_status replaced = fs::status(path_, none);
   if (!fs::exists(replaced)) return;
-  std::ofstream{aside_};  // whoever may not read the old one may not read the new one
+  const std::ofstream made(aside_);  // whoever may not read the old one may not read the new one
   fs::permissions(aside_, replaced.permissions(), none);
 }
 
