@@ -5,7 +5,6 @@
 #include <array>
 #include <span>
 #include <string>
-#include <tuple>
 
 #include "bench/Cases.h"
 #include "engine/Law.h"
@@ -60,16 +59,18 @@ void registerCase(const Case& one) {
   add("draw", "Law", [](auto& state, const Case& which) {
     timeOver(state, probabilities(), [law = wholeLaw(which)](double p) { return law.quantile(p); });
   });
-  for (const auto& [limits, from, to] : {std::tuple{"between", 0.2, 0.9}, {"outside", 0.7, 0.4}}) {
+  const auto addWithLimits = [&](const std::string& limits, double from, double to) {
     add(limits, "Law", [=](auto& state, const Case& which) {
       timeOver(state, probabilities(),
                [law = lawBetween(which, from, to)](double p) { return law.quantile(p); });
     });
-    add(std::string("cdf ") + limits, "Law", [=](auto& state, const Case& which) {
+    add("cdf " + limits, "Law", [=](auto& state, const Case& which) {
       timeOver(state, which.arguments(),
                [law = lawBetween(which, from, to)](double x) { return law.probability(x); });
     });
-  }
+  };
+  addWithLimits("between", 0.2, 0.9);
+  addWithLimits("outside", 0.7, 0.4);
   add("block", "Law", [](auto& state, const Case& which) {
     timeBlocks(state, [law = wholeLaw(which)](auto p, auto x) { law.quantiles(p, x); });
   });

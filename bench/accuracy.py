@@ -317,6 +317,7 @@ class Table:
 
     def __init__(self):
         self.worst = defaultdict(float)  # by quantity, type, who and column
+        self.answers = defaultdict(int)
         self.unanswered = defaultdict(int)
         self.departures = defaultdict(bool)
         self.counts = defaultdict(lambda: [0, 0, 0])  # by quantity and who: all, within, without any digit
@@ -327,6 +328,7 @@ class Table:
         condition = max(1, float(condition))
         error = float(abs((mpf(float(found)) - exact) / exact) / condition) if math.isfinite(found) else math.inf
         key = quantity, name, who, column
+        self.answers[key] += 1
         self.unanswered[key] += math.isnan(found)
         self.worst[key] = max(self.worst[key], 0 if math.isnan(found) else error)
         count = self.counts[quantity, who]
@@ -387,9 +389,10 @@ def measure(table, name, parameters):
 WHO = ["Law", "members", "Boost", "R", "SciPy", "usual formula"]
 QUANTITIES = ["probability", "quantile", "density"]
 
-def shown(error, unanswered):
-    figure = "none" if error >= LOST else f"{error:.1e}" if error else "" if unanswered else "0"
-    return figure + (" ²" if unanswered else "")
+def shown(error, answers, unanswered):
+    if unanswered:
+        return f"{100 * unanswered / answers:.2g} % fail"
+    return "none" if error >= LOST else f"{error:.1e}" if error else "0"
 
 
 def grid(head, rows, names=2):
@@ -407,8 +410,8 @@ def errors(table, quantity):
             if not departs_here and not any(key in table.worst for key in keys):
                 continue
             rows.append([name if first else "", who + (" ¹" if departs_here else "")]
-                        + [shown(table.worst[key], table.unanswered[key]) if key in table.worst else ""
-                           for key in keys])
+                        + [shown(table.worst[key], table.answers[key], table.unanswered[key])
+                           if key in table.worst else "" for key in keys])
             first = False
     return grid(["", "", *COLUMNS], rows)
 
@@ -440,8 +443,7 @@ def missed(table):
     worst = max(factor for factor, _, _ in table.misses)
     types = " and ".join(sorted({name.lower() for _, name, _ in table.misses}))
     return (f"{len(table.misses)} of {sum(table.counts[q, 'Law'][0] for q in QUANTITIES):,} answers are beyond that, by a factor of "
-            f"{worst:.1f} at most, all of {types} laws: where the difference of two tails is left of each of them by less than a tenth, "
-            "their last digits show.")
+            f"{worst:.1f} at most, all of {types} laws between limits, where nearly equal tails are subtracted.")
 
 
 def page(table):
@@ -480,8 +482,8 @@ Of the same points, how many have an answer as exact as that, and how many have 
   No row: the library has no such law (SciPy: nor a Johnson SL law with a negative skewness).
 - **Members**: `cdf` as in the usual formula (there is no upper tail), `pdf` divided by the same difference, `RandVal` with the limits, asked by p.
   Their results are settled; a beta `RandVal` is a root found to 1e-8.
-- **none**: not one digit is right. ¹: without the laws for which the members are by definition not the law's:
-  [where they are not](departures.md). ²: at some points, or all, an error instead of an answer.
+- **none**: not one digit is right at the worst point. **fail**: at so many points there is no answer, but an error or not a number.
+  ¹: without the laws for which the members are by definition not the law's: [where they are not](departures.md).
 
 ## Probabilities
 
