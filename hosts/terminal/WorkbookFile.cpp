@@ -100,8 +100,9 @@ std::unique_ptr<calc::OpenWorkbook> openWorkbook(const std::string& path) {
   const auto folder = firstWith(calcFolders(), calcLibrary);
   if (!folder) {
     throw Refusal(
-        "a workbook needs libpalvex-calc.so, which is not here: install the package palvex-calc, or "
-        "in palvex's sources apt-get install libreoffice-calc libreoffice-dev and scripts/calc build");
+        "a workbook needs libpalvex-calc.so, which is not here: install the package palvex-calc, "
+        "or in palvex's sources apt-get install libreoffice-calc libreoffice-dev and "
+        "scripts/calc build");
   }
   load(*office / officeLibrary, RTLD_GLOBAL);  // with it come the libraries that the next one needs
   void* const library = load(*folder / calcLibrary, RTLD_LOCAL);
