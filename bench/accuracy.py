@@ -391,7 +391,7 @@ QUANTITIES = ["probability", "quantile", "density"]
 
 def shown(error, answers, unanswered):
     if unanswered:
-        return f"{100 * unanswered / answers:.2g} % fail"
+        return f"{max(1, round(100 * unanswered / answers))} % fail"
     return "none" if error >= LOST else f"{error:.1e}" if error else "0"
 
 
