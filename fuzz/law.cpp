@@ -63,7 +63,9 @@ void run(FuzzedDataProvider& data) try {
   expect(!(q > later + 1e-13 * std::abs(later)), "falling quantile", low);
   // One of the doubles about a quantile has the probability, unless this is too small a double.
   if (low * law.keptProbability() < std::numeric_limits<double>::min() || std::isinf(q)) return;
-  const double away = 1e-14 * std::abs(q) + std::numeric_limits<double>::min();
+  const auto [start, end, startIncluded, endIncluded] = whole.support();
+  const double origin = std::isinf(end) && std::isfinite(start) ? start : 0;
+  const double away = 1e-14 * (std::abs(q) + std::abs(origin)) + std::numeric_limits<double>::min();
   expect(law.probability(q - away) <= low + slack, "too great a quantile", low);
   expect(law.probability(q + away) >= low - slack, "too small a quantile", low);
 } catch (const std::invalid_argument&) {  // no law, and why

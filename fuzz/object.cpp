@@ -146,12 +146,13 @@ void compareWithTheLaw(c_Distribution& d, const Setup& setup, double p) try {
   d.ltl = d.utl = {};
   std::string cause;
   const std::string type = d.distType();
-  // With other shapes a rounded u is a matter of many digits.
+  // With other shapes a rounded u is a matter of many digits, and one that underflows of all.
   const auto moderate = [](const Variant& shape) {
     return shape.toDouble() > 1 && shape.toDouble() < 50;
   };
   if (type == "Gamma" || type == "Johnson" ||
-      (type == "Beta" && !(moderate(setup[1]) && moderate(setup[2]))) || !d.ParamsOK(cause))
+      (type == "Beta" && !(moderate(setup[1]) && moderate(setup[2]))) ||
+      (type == "Weibull" && !moderate(setup[1])) || !d.ParamsOK(cause))
     return;
   const Law whole = d.law();
   const double difference = d.cdf(x) - whole.probability(x);

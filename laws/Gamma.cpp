@@ -33,10 +33,9 @@ double Gamma::density(double x) const noexcept {
 
 double Gamma::logDensity(double x) const noexcept {
   const double direct = density(x);
-  const bool inside = x > minimum_ && std::isfinite(x);
-  if (!inside || std::isnormal(direct)) return std::log(direct);
   const double z = (x - minimum_) / scale_;
-  if (std::isinf(z)) return -infinity;
+  const bool inside = z > 0 && std::isfinite(z);  // which is not so wherever x is
+  if (!inside || std::isnormal(direct)) return std::log(direct);
   return prepared_.logPower(z) - std::log(z) - std::log(scale_);
 }
 

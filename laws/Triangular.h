@@ -38,10 +38,12 @@ class Triangular {
   [[nodiscard]] double quantile(double p, double q) const noexcept {
     // Of the side's own probability the part u lies beyond the value and t towards `likely`. The
     // value is counted from the nearer of the side's ends.
-    const bool isBelow = p < shareBelow_ || shareAbove_ == 0;
+    const bool isBelow = (p < q ? p < shareBelow_ : q > shareAbove_) || shareAbove_ == 0;
     const double share = isBelow ? shareBelow_ : shareAbove_;
+    const double otherShare = isBelow ? shareAbove_ : shareBelow_;
     const double u = (isBelow ? p : q) / share;
-    const double t = ((isBelow ? q : p) - (isBelow ? shareAbove_ : shareBelow_)) / share;
+    // Of a difference of two probabilities a much smaller side would have few digits.
+    const double t = otherShare < 8 * share ? ((isBelow ? q : p) - otherShare) / share : 1 - u;
     const double root = std::sqrt(u);
     const double side = extent_.width * (isBelow ? share : -share);
     const double end = isBelow ? extent_.lower : extent_.upper;

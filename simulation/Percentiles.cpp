@@ -192,7 +192,11 @@ Cells Percentiles::bulkOfPilot() {
   Cells bulk;
   bulk.low = sorted[tail];
   // A little wider, so that the greatest value of the bulk lies inside.
-  bulk.width = (sorted[sorted.size() - 1 - tail] - bulk.low) / cellCount * (1 + 0x1p-30);
+  const double high = sorted[sorted.size() - 1 - tail];
+  const double range = high - bulk.low;  // possibly beyond the doubles
+  const double share =
+      std::isfinite(range) ? range / cellCount : high / cellCount - bulk.low / cellCount;
+  bulk.width = share * (1 + 0x1p-30);
   bulk.count = bulk.width > 0 ? cellCount : 1;
   return bulk;
 }
