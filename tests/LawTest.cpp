@@ -1,4 +1,4 @@
-// The laws themselves: references, round trips, limits, sentences, blocks, draws and threads.
+// The laws themselves: references, round trips, limits, sentences, blocks and draws.
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,6 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "ManyLaws.h"
@@ -300,21 +299,6 @@ TEST(Law, DrawsWithTheStandardGenerators) {
   constexpr int n = 100000;
   for (int i = 0; i < n; ++i) sum += law(bits);
   EXPECT_NEAR(sum / n, law.mean(), 4 * law.sd() / std::sqrt(n));
-}
-
-TEST(Law, CopiesAreSharedByThreads) {
-  const std::vector<Law> laws = manyLaws();
-  std::vector<double> sums(4);
-  std::vector<std::thread> threads;
-  for (double& sum : sums) {
-    threads.emplace_back([&sum, laws] {
-      for (const Law& law : laws) {
-        for (const double p : {0.1, 0.5, 0.99}) sum += law.probability(law.quantile(p));
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  for (const double sum : sums) EXPECT_EQ(sum, sums[0]);
 }
 
 }  // namespace

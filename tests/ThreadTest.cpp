@@ -84,17 +84,6 @@ TEST(Threads, UseObjectsOfTheirOwn) {
   });
 }
 
-/// Doubles what it received.
-class Doubling : public simulation::Workbook {
- public:
-  void put(std::size_t, double value) override { value_ = value; }
-  double read(std::size_t) override { return 0; }
-  double result(std::size_t) override { return 2 * value_; }
-
- private:
-  double value_ = 0;
-};
-
 TEST(Threads, SimulateTogether) {
   using namespace simulation;
   Model model;
@@ -130,13 +119,6 @@ TEST(Threads, SimulateTogether) {
   options.onTrials = [](std::string_view) { throw std::runtime_error("the disk is full"); };
   settings.skipFailures = true;
   EXPECT_THROW(run(model, settings, options), std::runtime_error);
-
-  Model workbook;
-  workbook.add("A", Law::normal(0, 1));
-  workbook.addCell("Twice", "B1");
-  settings.describeTrials = false;
-  options.openWorkbook = [] { return std::make_unique<Doubling>(); };
-  EXPECT_NEAR(run(workbook, settings, options).results[0].moments.sd(), 2, 0.02);
 }
 
 }  // namespace
