@@ -187,7 +187,7 @@ class Kept final : public AnyLaw {
     Interval values{lower.value, upper.value};
     if constexpr (requires { law_.valuesIn(values); }) values = law_.valuesIn(values);
     pieces_[count_++] = {values, lower.tails, upper.tails, probability};
-    probability_ += probability;
+    probability_ = std::min(probability_ + probability, 1.0);
   }
 
   static double inside(const Piece& piece, double x) noexcept {
