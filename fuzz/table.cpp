@@ -23,7 +23,7 @@ void readBack(FuzzedDataProvider& data) {
   for (std::string& text : texts) {
     text = data.ConsumeRandomLengthString(10);
     for (char& c : text) c = letters[static_cast<unsigned char>(c) % letters.size()];
-    text = 'x' + text;
+    text.insert(text.begin(), 'x');
     table.add({text, value});
   }
   const std::string csv = table.text(terminal::Format::csv);

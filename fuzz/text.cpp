@@ -47,7 +47,7 @@ void compareNames(const std::string& text, const std::string& other) {
   if (away != simulation::lettersAway(other, text) || (away == 0) != equal)
     fail("letters away: " + text + " | " + other);
   const std::array<std::string_view, 3> names{other, "Minimum", ""};
-  static_cast<void>(terminal::nearest(text, names));
+  static_cast<void>(simulation::nearest(text, names));
 }
 
 }  // namespace
