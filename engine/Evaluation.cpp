@@ -48,15 +48,13 @@ double c_Distribution::cdf(double x) try {
 
 namespace {
 
-/// A draw; `band` keeps what the limits leave, for later ones.
+/// A draw, the first with these limits; `band` keeps what they leave, for later ones.
 double draw(const Family& family, Values& values, const Limits& limits, std::optional<Band>& band,
             double rndP, Line line) {
-  if (!band) {
-    if (family.ignoresLimits != nullptr && family.ignoresLimits(values, rndP)) {
-      return family.value(values, Band{}, rndP, line);
-    }
-    band = family.band(values, limits, line);
+  if (family.ignoresLimits != nullptr && family.ignoresLimits(values, rndP)) {
+    return family.value(values, Band{}, rndP, line);
   }
+  band = family.band(values, limits, line);
   return family.value(values, *band, rndP, line);
 }
 

@@ -160,12 +160,9 @@ constexpr LawOfType lawOf{
 std::shared_ptr<const laws::AnyLaw> curveBetween(std::string_view type, const Values& v,
                                                  const Limits& limits) {
   const m_Johnson::JohnsonParams& curve = v.fitted.johnson;
-  if (!curve.message.empty()) throw std::invalid_argument(curve.message);
   const bool isNormal = v.fitted.curve == m_Johnson::Curve::normal;
   const bool isCurve = curve.delta > 0 && curve.lambda != 0;  // which may have underflowed
-  if (v.fitted.curve == m_Johnson::Curve::none || (!isNormal && !isCurve)) {
-    throw std::invalid_argument(noCurve);
-  }
+  if (!isNormal && !isCurve) throw std::invalid_argument(noCurve);
   return Lawful<laws::Johnson, FittedCurve>::between(type, v, limits);
 }
 

@@ -44,7 +44,7 @@ inline double StdBetaPDF(double u, double alpha, double beta, Line caller = Line
 double density(double x, Shapes& shapes, double minimum, double maximum, const Limits& limits,
                Line caller = Line::here());
 
-/// Whether the terms of the untruncated density at x stay in the range of doubles.
+/// Whether the terms of the untruncated density of a law at x stay in the range of doubles.
 bool densityHolds(double x, Shapes& shapes, double minimum, double maximum);
 
 /// `density` with limits as a host holds them: a numeric variant is a limit, anything else is none.
@@ -81,7 +81,8 @@ void cumbet(double x, double y, double a, double b, double& cum, double& ccum);
 void cdfbet(std::int16_t which, double& p, double& q, double& x, double& y, double& a, double& b,
             std::int16_t& status, double& bound, Line caller = Line::here());
 
-/// `cdfbet` with which = 1 for prepared shapes: the tails, unless the status is negative or 4.
+/// `cdfbet` with which = 1 for prepared shapes and y = 1 - x: the tails, unless the status is
+/// negative.
 std::int16_t cdfbet(double x, double y, IncompleteBeta& ratio, Tails& tails) noexcept;
 
 /// Probability of the standard beta law below x, or above x when `upper` is true.
@@ -101,7 +102,7 @@ inline Variant BetaCDF(double x, double alpha, double beta, Boolean upper,
 
 /// The x of [0, 1] where BetaCDF (lower tail) is p, by R. P. Brent's root finder (Algorithms for
 /// Minimization Without Derivatives, 1973, zeroin), to within tol.
-/// @param ier  0; 3: p outside [0, 1]; 4: a shape <= 0; 5: tol < 1e-8; 6: no change of sign; 7: not
+/// @param ier  0; 3: p outside [0, 1]; 4: a shape <= 0; 5: tol < 1e-8; 7: not
 ///             ended after 100 iterations, x is the best point so far. x stays as it was with 3 to
 ///             6
 void PPFBET(double p, Shapes& shapes, double tol, std::int16_t& ier, double& x,

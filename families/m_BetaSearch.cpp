@@ -81,7 +81,6 @@ void cumbet(double x, double y, double a, double b, double& cum, double& ccum) {
 
 std::int16_t cdfbet(double x, double y, IncompleteBeta& ratio, Tails& tails) noexcept {
   if (const auto fault = rangeFault(1, x, y, ratio.a(), ratio.b()); fault != 0) return fault;
-  if (missesOne(x, y)) return 4;
   tails = tailsAt(x, y, ratio);
   return 0;
 }

@@ -45,7 +45,7 @@ Refusal judge(std::int16_t which, double p, double q, double x, double shape, do
   if (which != theScale && scale <= 0) return {-6, 0};
   constexpr double tolerance = 3 * std::numeric_limits<double>::epsilon();
   if (which != probabilities && !(std::abs(((p + q) - 0.5) - 0.5) <= tolerance)) {
-    return {3, p + q < 0 ? 0.0 : 1.0};
+    return {3, 1};
   }
   return {0, 0};
 }
@@ -64,7 +64,6 @@ Refusal searchShape(double p, double q, double z, double& shape) {
     double ccum = 0;
     cumgam(z, shape, cum, ccum);
     fx = p <= q ? cum - p : ccum - q;
-    if (cum + ccum > 1.5) return {10, 0};
     m_RootFinding::dinvr(status, shape, fx, qleft, qhi);
   }
   if (status != -1) return {0, 0};
@@ -179,7 +178,7 @@ double density(double x, double shape, double scale, double location, const Limi
 }
 
 bool densityHolds(double x, double shape, double scale, double location) noexcept {
-  if (!(shape > 0 && scale > 0 && x > location)) return true;
+  if (x <= location) return true;
   const double z = (x - location) / scale;
   const double product = powerOf(z, shape - 1) * std::exp(-z);
   return product > 0 && std::isfinite(product);

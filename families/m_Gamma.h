@@ -54,7 +54,7 @@ std::string_view failureText(std::int16_t ierr);
 double density(double x, double shape, double scale, double location, const Limits& limits,
                Line caller = Line::here());
 
-/// Whether the terms of the untruncated density at x stay in the range of doubles.
+/// Whether the terms of the untruncated density of a law at x stay in the range of doubles.
 bool densityHolds(double x, double shape, double scale, double location) noexcept;
 
 /// The probability below x, or above x when `upper` is true, with the accuracy of `gratio`; or a

@@ -18,7 +18,7 @@ double density(double x, double shape, double scale, double minimum, const Limit
 }
 
 bool densityHolds(double x, double shape, double scale, double minimum) noexcept {
-  if (!(shape > 0 && scale > 0 && x > minimum)) return true;
+  if (x <= minimum) return true;
   const double z = (x - minimum) / scale;
   return std::isfinite(std::pow(z, shape)) &&
          std::isfinite(std::pow(z, shape - 1) * (shape / scale));

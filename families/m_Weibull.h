@@ -14,7 +14,7 @@ namespace palvex::m_Weibull {
 double density(double x, double shape, double scale, double minimum, const Limits& limits,
                Line caller = Line::here());
 
-/// Whether the terms of the untruncated density at x stay in the range of doubles.
+/// Whether the terms of the untruncated density of a law at x stay in the range of doubles.
 bool densityHolds(double x, double shape, double scale, double minimum) noexcept;
 
 /// Probability of a value up to x: 1 - exp(-z^shape) as it is written, so with the absolute error

@@ -51,7 +51,7 @@ m_Beta::Fraction Beta::fraction(double x) const noexcept {
 }
 
 double Beta::standardDensity(double x) const noexcept {
-  if (!(alpha_ > 0 && beta_ > 0 && maximum_ > minimum_ && minimum_ <= x && x <= maximum_)) return 0;
+  if (!(minimum_ < maximum_ && minimum_ <= x && x <= maximum_)) return 0;
   const auto [u, v] = fraction(x);
   const auto atEnd = [](double shape, double other) {
     if (shape == 1) return other;

@@ -40,7 +40,7 @@ Support Exponential::support() const noexcept {
 }
 
 double Exponential::density(double x) const noexcept {
-  return lambda_ > 0 && x >= minimum_ ? std::exp(-lambda_ * (x - minimum_)) * lambda_ : 0;
+  return x >= minimum_ ? std::exp(-lambda_ * (x - minimum_)) * lambda_ : 0;
 }
 
 double Exponential::logDensity(double x) const noexcept {

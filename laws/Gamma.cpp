@@ -19,7 +19,7 @@ Support Gamma::support() const noexcept {
 }
 
 double Gamma::standardDensity(double x) const noexcept {
-  if (!(shape_ > 0 && scale_ > 0 && x >= minimum_)) return 0;
+  if (x < minimum_) return 0;
   const double z = (x - minimum_) / scale_;
   if (z == 0) return shape_ < 1 ? std::numeric_limits<double>::infinity() : shape_ == 1;
   // Beyond the doubles, or so near to 0 that the power is none.

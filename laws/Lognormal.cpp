@@ -28,7 +28,7 @@ Support Lognormal::support() const noexcept {
 }
 
 double Lognormal::density(double x) const noexcept {
-  if (!(scale_ > 0 && x > minimum_)) return 0;
+  if (!(x > minimum_)) return 0;
   const double logX = std::log(x - minimum_);
   const double z = (logX - location_) / scale_;
   return std::exp(-z * z / 2 - logX) * inverseRootTwoPi / scale_;

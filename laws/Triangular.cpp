@@ -11,10 +11,6 @@ namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-bool ordered(double minimum, double likely, double maximum) {
-  return minimum <= likely && likely <= maximum;
-}
-
 /// The piece of an interval on one side of the peak, whose ends are at the distances `lower` and
 /// `upper` from the side's outer end. There the density is in proportion to the distance.
 Piece linearPiece(const Interval& x, double lower, double upper, double logSide) {
@@ -34,7 +30,7 @@ Support Triangular::support() const noexcept {
 }
 
 double Triangular::density(double x) const noexcept {
-  if (!ordered(minimum_, likely_, maximum_) || !(minimum_ <= x && x <= maximum_)) return 0;
+  if (!(minimum_ <= x && x <= maximum_)) return 0;
   if (maximum_ == minimum_) return 1;
   const double part = x >= likely_ && likely_ != maximum_ ? partAbove(x) : partBelow(x);
   // The height of the smallest widths is infinite.
@@ -64,7 +60,6 @@ Tails Triangular::tails(double x) const noexcept {
 }
 
 Moments Triangular::moments(const Limits& limits) const {
-  if (!ordered(minimum_, likely_, maximum_)) raise(fault::invalidCall);
   const double width = maximum_ - minimum_;
   if (std::isinf(width)) return doubled(half().moments(halved(limits)));
   Mixture kept;
@@ -80,7 +75,6 @@ Moments Triangular::moments(const Limits& limits) const {
 }
 
 Moments Triangular::integratedMoments(const Limits& limits) const {
-  if (!ordered(minimum_, likely_, maximum_)) raise(fault::invalidCall);
   // t runs from the interval's end next to the peak, in units of the interval. On it the density
   // falls by the share `fall`, in proportion to the distance from the outer end of the side.
   const double width = maximum_ - minimum_;

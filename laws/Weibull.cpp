@@ -20,7 +20,7 @@ Support Weibull::support() const noexcept {
 }
 
 double Weibull::density(double x) const noexcept {
-  if (!(shape_ > 0 && scale_ > 0 && x >= minimum_)) return 0;
+  if (x < minimum_) return 0;
   if (shape_ == 1) return std::exp(-(x - minimum_) / scale_) / scale_;
   const double logZ = std::log(x - minimum_) - std::log(scale_);
   const double fall = std::exp(shape_ * logZ);

@@ -117,26 +117,21 @@ double powerSeries(double head, double a, double b, double x) {
   return head * (1 + a * sum);
 }
 
-/// The sum S in I_x(a, b) - I_x(a + n, b) = x^a y^b / (a Beta(a, b)) S (bup). Its terms rise up to
-/// number k and fall after it.
-double stepSum(double a, double b, double x, double y, int n) {
-  int k = 0;
-  if (b > 1) {
-    const double top = y > 1e-4 ? (b - 1) * x / y - a : n;
-    if (top >= 1) k = top < n - 1 ? static_cast<int>(top) : n - 1;
-  }
+/// The sum S in I_x(a, b) - I_x(a + n, b) = x^a y^b / (a Beta(a, b)) S (bup), for b <= 1, where its
+/// terms fall from the first on.
+double stepSum(double a, double b, double x, int n) {
   double term = 1;
   double sum = 1;
-  for (int i = 0; i < n - 1 && (i < k || term > lastTerm * sum); ++i) {
+  for (int i = 0; i < n - 1 && term > lastTerm * sum; ++i) {
     term *= (a + b + i) / (a + 1 + i) * x;
     sum += term;
   }
   return sum;
 }
 
-/// I_x(a, b) for b < min(eps, eps a), x <= 0.5 (fpser).
+/// I_x(a, b) for b < min(eps, eps a), x <= 0.5, a not negligible (fpser).
 double seriesForTinyB(double a, double b, double x) {
-  const double head = a > 1e-3 * eps ? std::exp(a * std::log(x)) * (b / a) : b / a;
+  const double head = std::exp(a * std::log(x)) * (b / a);
   double power = x;
   double sum = 0;
   double term = 1;
@@ -563,7 +558,7 @@ Tails IncompleteBeta::smallShapes(Side& side, double x, double y) {
   // I_y(b, a), whose first shape is made large by steps of 1 where it is not.
   LargeShape& large = prepared(side.large, largeEnough(b), a);
   if (b > largeShape) return fromUpper(large.addedTo(0, y, x));
-  const double first = power()(x, y) * (stepSum(b, a, y, x, stepsToLarge) / b);
+  const double first = power()(x, y) * (stepSum(b, a, y, stepsToLarge) / b);
   return fromUpper(large.addedTo(first, y, x));
 }
 

@@ -59,7 +59,6 @@ Start smallShapeStart(const IncompleteGamma& shape, double p, double q) {
   const double a = shape.a();
   const bool byQ = p > 0.5;
   const double qg = q / (1 + shape.gam1());
-  if (qg == 0) return {largest, byQ, -8};
   const double b = qg / a;
   if (qg > 0.6 * a) return powerStart(shape, p, q, b, byQ);
   if (a < 0.3 && b >= 0.35) {

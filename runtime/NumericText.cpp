@@ -59,9 +59,8 @@ std::optional<std::string> plainDecimal(std::string_view text) {
     if (isDigit(text[i])) {
       plain += text[i];
       ++digits;
-    } else if (text[i] != ',' || i == 0 || !isDigit(text[i - 1]) || i + 1 == text.size() ||
-               !isDigit(text[i + 1])) {
-      break;
+    } else if (text[i] != ',' || i == 0 || i + 1 == text.size() || !isDigit(text[i + 1])) {
+      break;  // a comma that stays has a digit on either side
     }
   }
   if (i < text.size() && text[i] == '.') {
@@ -122,12 +121,10 @@ std::optional<double> defaultNumericText(std::string_view text) {
   const std::optional<std::string> plain = plainDecimal(text);
   if (!plain) return {};
   double value = 0;
-  const auto [end, fault] = std::from_chars(plain->data(), plain->data() + plain->size(), value);
+  const auto fault = std::from_chars(plain->data(), plain->data() + plain->size(), value).ec;
   if (fault == std::errc::result_out_of_range) {
     if (!isTiny(*plain)) return {};
     value = 0;
-  } else if (fault != std::errc{} || end != plain->data() + plain->size()) {
-    return {};
   }
   return negative ? -value : value;
 }

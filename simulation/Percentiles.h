@@ -110,8 +110,6 @@ class Percentiles {
   /// Joins a part. The parts come in their order.
   void add(Digest part);
 
-  /// How many values came in.
-  [[nodiscard]] std::uint64_t count() const { return count_; }
   /// All values so far in their order; none once there are more than pilotSize.
   [[nodiscard]] std::span<const double> pilot() const { return pilot_; }
 

@@ -18,8 +18,17 @@
 #include <vector>
 
 #include "ManyLaws.h"
+#include "laws/Beta.h"
+#include "laws/Exponential.h"
+#include "laws/Gamma.h"
+#include "laws/Histogram.h"
 #include "laws/Johnson.h"
 #include "laws/Kept.h"
+#include "laws/Lognormal.h"
+#include "laws/Normal.h"
+#include "laws/Triangular.h"
+#include "laws/Uniform.h"
+#include "laws/Weibull.h"
 #include "palvex/palvex.h"
 
 namespace palvex {
@@ -101,6 +110,8 @@ TEST(Law, QuantilesRoundTripRiseAndStayInside) {
                                std::to_string(support.upper);
       EXPECT_EQ(law.quantile(0), support.lower) << what;
       EXPECT_EQ(law.upperQuantile(0), support.upper) << what;
+      EXPECT_EQ(law.quantile(1), support.upper) << what;
+      EXPECT_EQ(law.upperQuantile(1), support.lower) << what;
       double previous = support.lower;
       for (const double p : positions) {
         const double x = law.quantile(p);
@@ -182,6 +193,11 @@ TEST(Law, IsWhatTheMembersGiveWhereTheyAreTheLaw) {
       }
     }
     EXPECT_NEAR(members.mean(), law.mean(), 1e-14) << type;
+    if (!isStandardised) {
+      members.Dynamic = true;  // the law of what is there now
+      members.param1 = 1.25 * parameters[0];
+      EXPECT_EQ(members.law().mean(), members.mean()) << type;
+    }
     members.ltl = members.utl = 0;
     EXPECT_FALSE(members.ParamsOK(cause));
     EXPECT_THROW(static_cast<void>(members.law()), std::logic_error);
@@ -221,6 +237,23 @@ TEST(Law, FaultsAreTheEnginesSentences) {
        [] { return Law::johnson(0, 1, 2.084, 11.55); }},
       {"No Johnson curve was found for these moments.",
        [] { return Law::johnson(0, 1, 0.4, 3.296); }},
+      {"No Johnson curve was found for these moments.",
+       [] {
+         return makeLaw("Johnson", std::array<Variant, 4>{0, 1, 0.4, 3.296});
+       }},
+      {"No Johnson curve was found for these moments.",
+       [] {
+         return makeLaw("Johnson", std::array<Variant, 4>{0, 1, 2.084, 11.55});
+       }},
+      {"Incorrect distribution type.",
+       [&] { return makeLaw(*findLawType("Histogram"), bins, {}); }},
+      {"Truncation limits exclude all distribution values.  Please adjust.",
+       [] {
+         return Law::histogram(std::array{0.0, 1.0, 2.0, 3.0}, std::array{1.0, 0.0, 1.0})
+             .between(1.2, 1.8);
+       }},
+      {"Truncation limits keep no probability in double precision.",
+       [] { return Law::uniform(0, 1).between(-3, 0); }},
       {"No data", [&] { return Law::histogram(none); }},
       {"Counts can not be negative.", [&] { return Law::histogram(bins, std::array{-1.0}); }},
       {"A histogram has one edge more than counts.", [&] { return Law::histogram(bins, bins); }},
@@ -262,6 +295,8 @@ TEST(Law, LimitsAndPointMasses) {
   EXPECT_EQ(split.quantile(0.5), 4);
   EXPECT_EQ(split.density(5), 0);
   EXPECT_NEAR(split.density(1), 0.125, 1e-16);
+  EXPECT_EQ(Law::uniform(0, 1).between(0.5, -1).mean(), 0.75);  // of two pieces one is empty
+  EXPECT_EQ(Law::uniform(0, 1).between(2, 0.5).mean(), 0.25);
   for (const Law& point :
        {Law::normal(3, 0), Law::uniform(3, 3), Law::triangular(3, 3, 3), Law::beta(2, 2, 3, 3),
         Law::pert(3, 3, 3), Law::normal(3, 0).between(2, 4)}) {
@@ -280,6 +315,75 @@ TEST(Law, LimitsAndPointMasses) {
   EXPECT_EQ(gap.between(1.5, {}).support().lower, 2);
   EXPECT_EQ(makeLaw("LognormalMean", std::array<Variant, 2>{"5", 2}).type(), "LognormalMean");
   EXPECT_NEAR(Law::lognormalMean(5, 2, 1).sd(), 2, 1e-14);
+}
+
+TEST(Law, MomentsFarFromOne) {
+  // Ends farther apart than the largest double: by the formulas in units of a double that is one.
+  constexpr double end = 1.5e308;
+  const struct {
+    Law law;
+    double mean, sd;
+  } cases[] = {
+      {Law::beta(2, 3, -end, end), -0.2 * end, 0.4 * end},
+      {Law::beta(2, 3, -end, end).between(-end, {}), -0.2 * end, 0.4 * end},
+      {Law::triangular(-end, 0, end), 0, end / std::sqrt(6)},
+      {Law::triangular(-end, 0, end).between(0, {}), end / 3, end / std::sqrt(18)},
+      // A limit so near to an end that it is none in units of the law: x^(a - 1) below u.
+      {Law::gamma(0.5, 1e300).between({}, 1e-100), 1e-100 / 3, 2e-100 / std::sqrt(45)},
+      {Law::weibull(0.5, 1e300).between({}, 1e-100), 1e-100 / 3, 2e-100 / std::sqrt(45)},
+      {Law::beta(0.5, 1, 0, 1e300).between({}, 1e-100), 1e-100 / 3, 2e-100 / std::sqrt(45)},
+      {Law::beta(1, 0.5, -1e300, 0).between(-1e-100, {}), -1e-100 / 3, 2e-100 / std::sqrt(45)},
+      {Law::gamma(2, 1e300).between(1e-100, {}), 2e300, std::sqrt(2) * 1e300},
+      {Law::weibull(1, 1e300).between(1e-100, {}), 1e300, 1e300},
+  };
+  for (const auto& [law, mean, sd] : cases) {
+    EXPECT_NEAR(law.mean() / sd, mean / sd, 1e-12) << law.type() << ' ' << mean;
+    EXPECT_NEAR(law.sd() / sd, 1, 1e-12) << law.type() << ' ' << mean;
+  }
+  EXPECT_EQ(Law::weibull(0.005, 1).mean(), infinity);  // 200 factorial
+}
+
+// The types themselves, where a law does not ask them.
+TEST(Law, TypesBeyondTheirEnds) {
+  const auto expectNothing = [](const auto& type, double x) {
+    const auto [lower, upper] = type.tails(x);
+    EXPECT_EQ(lower, x > 3 ? 1 : 0);
+    EXPECT_EQ(upper, x > 3 ? 0 : 1);
+    EXPECT_EQ(type.density(x), 0);
+    EXPECT_EQ(type.logDensity(x), -infinity);
+  };
+  laws::Beta beta(2, 3, 1, 4);
+  beta.prepare();
+  for (const double x : {0.0, 5.0}) {
+    expectNothing(laws::Uniform(1, 4), x);
+    expectNothing(laws::Triangular(1, 2, 4), x);
+    expectNothing(beta, x);
+    expectNothing(laws::Histogram(m_Histogram::DensityArray{1, 2, 0.5, 3, 4, 0.5}), x);
+    expectNothing(laws::Normal(2, 0), x);
+  }
+  expectNothing(laws::Lognormal(0, 1, 1), 0);
+  expectNothing(laws::Exponential(2, 1), 0);
+  expectNothing(laws::Weibull(2, 3, 1), 0);
+  expectNothing(laws::Gamma(2, 3, 1), 0);
+  EXPECT_EQ(laws::Gamma(2, 1e300, 0).tails(1e-300).upper, 1);
+  EXPECT_EQ(laws::Gamma(2, 1e-300, 0).tails(1e300).lower, 1);
+  EXPECT_EQ(laws::Weibull(1, 4, 1).density(1), 0.25);
+  EXPECT_EQ(laws::Weibull(1, 4, 1).logDensity(1), -std::log(4));
+  EXPECT_EQ(laws::Beta(2, 2, 3, 3).density(4), 0);
+  EXPECT_EQ(laws::Normal(3, 0).logDensity(3), 0);
+  EXPECT_EQ(laws::Uniform(3, 3).logDensity(3), 0);
+  EXPECT_EQ(laws::Triangular(3, 3, 3).logDensity(3), 0);
+  EXPECT_EQ(laws::Triangular(3, 3, 3).logDensity(4), -infinity);
+}
+
+TEST(Law, RegisterOfTypes) {
+  const std::array pert{1.0, 2.0, 9.0};
+  EXPECT_EQ(makeLaw(*findLawType("PERT"), pert, {}).quantile(0.3),
+            Law::pert(1, 2, 9).quantile(0.3));
+  const std::array moments{5.0, 2.0, 1.0};
+  EXPECT_EQ(makeLaw(*findLawType("LognormalMean"), moments, {}).quantile(0.3),
+            Law::lognormalMean(5, 2, 1).quantile(0.3));
+  EXPECT_EQ(findLawType("normal"), nullptr);
 }
 
 TEST(Law, QuantilesOfTheSmallestTails) {

@@ -123,6 +123,9 @@ TEST(Object, RefusesAnUnknownTypeWithAMessage) {
   d.distType("weibull");
   d.distType("");
   setMessageBox({});
+  testing::internal::CaptureStderr();
+  d.distType("W");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "Unknown distribution type 'W'.\n");
   EXPECT_EQ(d.distType(), "Weibull");
   EXPECT_EQ(shownTexts, (std::vector<std::string>{"Unknown distribution type 'weibull'.",
                                                   "Unknown distribution type ''."}));

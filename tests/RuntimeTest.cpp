@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <limits>
 #include <optional>
 #include <stdexcept>
@@ -8,6 +9,7 @@
 
 #include "Fault.h"
 #include "runtime/Arithmetic.h"
+#include "runtime/Cells.h"
 #include "runtime/MessageBox.h"
 #include "runtime/NumericText.h"
 #include "runtime/Object.h"
@@ -72,6 +74,10 @@ TEST(Variant, ComparesKindAndContent) {
   EXPECT_NE(Variant(-1), Variant(true));
   EXPECT_NE(Variant(0), Variant{});
   EXPECT_NE(Variant("a"), Variant("A"));
+  EXPECT_EQ(Variant::missing(), Variant::missing());
+  EXPECT_EQ(Variant::array(2, 3), Variant::array(2, 3));
+  EXPECT_NE(Variant::array(2, 3), Variant::array(3, 2));
+  EXPECT_NE(Variant::array(2, 3), Variant::array(2, 2));
 }
 
 TEST(Variant, ArraysAreOneBasedAndCheckedAndCopied) {
@@ -83,12 +89,17 @@ TEST(Variant, ArraysAreOneBasedAndCheckedAndCopied) {
   EXPECT_EQ(table.upperBound(1), 2);
   EXPECT_EQ(table.upperBound(2), 3);
   EXPECT_EQ(Variant::array(4).upperBound(), 4);
-  EXPECT_EQ(faultNumber([&] { return table.at(0, 1); }), fault::subscript);
-  EXPECT_EQ(faultNumber([&] { return table.at(2, 4); }), fault::subscript);
+  for (const auto& [row, column] : {std::pair{0, 1}, {3, 1}, {1, 0}, {2, 4}})
+    EXPECT_EQ(faultNumber([&, i = row, j = column] { return table.at(i, j); }), fault::subscript);
   EXPECT_EQ(faultNumber([&] { return table.at(1); }), fault::subscript);
-  EXPECT_EQ(faultNumber([&] { return table.upperBound(3); }), fault::subscript);
+  for (const int i : {0, 5})
+    EXPECT_EQ(faultNumber([&] { return Variant::array(4).at(i); }), fault::subscript);
+  for (const int dimension : {0, 3})
+    EXPECT_EQ(faultNumber([&] { return table.upperBound(dimension); }), fault::subscript);
   EXPECT_EQ(faultNumber([] { return Variant::array(4).lowerBound(2); }), fault::subscript);
   EXPECT_EQ(faultNumber([] { return Variant::array(-1); }), fault::subscript);
+  EXPECT_EQ(faultNumber([] { return Variant::array(-1, 1); }), fault::subscript);
+  EXPECT_EQ(faultNumber([] { return Variant::array(1, 0); }), fault::subscript);
   EXPECT_EQ(faultNumber([] { return Variant(5).at(1); }), fault::typeMismatch);
 }
 
@@ -108,6 +119,8 @@ TEST(NumericText, DefaultRule) {
       {"2E+2", 200},
       {"&H1f", 31},
       {"&o17", 15},
+      {"&hff", 255},
+      {"&O7", 7},
       {"$5", 5},
       {"-$5", -5},
       {"$-5", -5},
@@ -138,6 +151,14 @@ TEST(NumericText, DefaultRule) {
       {"1.2,3", {}},
       {"&H", {}},
       {"&Hxyz", {}},
+      {"&H1g", {}},
+      {"&H10000000000000000", {}},
+      {"&Z1", {}},
+      {"\x01"
+       "5",
+       {}},
+      {"1e+x", {}},
+      {"(+5)", {}},
       {"(5", {}},
       {"(-5)", {}},
       {"$", {}},
@@ -311,8 +332,40 @@ TEST(Object, AnyFailureArrivesAsARuntimeError) {
   EXPECT_EQ(faultNumber([&] { return object.get("other"); }), fault::invalidCall);
   Object bare;
   EXPECT_EQ(faultNumber([&] { return bare.get("Value"); }), fault::unknownMember);
-  EXPECT_TRUE(sameMember("Count", "count"));
+  EXPECT_TRUE(sameMember("Count2", "count2"));
   EXPECT_FALSE(sameMember("Count", "Counts"));
+  EXPECT_EQ(RuntimeError(1004).description(), "Application-defined or object-defined error");
+}
+
+TEST(Cells, AnswerAsARangeDoes) {
+  const std::array numbers{1.0, 2.0, 3.0, 4.0, 5.0, 6.0};
+  Cells cells(numbers, 3);
+  cells.at(2, 1) = "four";
+  EXPECT_EQ(cells.get("count"), Variant(6));
+  EXPECT_EQ(cells.get("Value").at(2, 3), Variant(6));
+  EXPECT_EQ(cells.get("Cells", {4}).toObject()->get("Value"), Variant("four"));
+  EXPECT_EQ(cells.get("Cells", {1, 3}).toObject()->get("Value"), Variant(3));
+  EXPECT_TRUE(cells.get("Address").isText() && cells.get("Application").isObject());
+  EXPECT_EQ(Cells(4, 2).rows() * Cells(1, 3).columns(), 12);
+
+  const struct {
+    const char* member;
+    std::vector<Variant> arguments;
+    int fault;
+  } wrong[] = {
+      {"Cells", {0}, 9},   {"Cells", {7}, 9},       {"Cells", {3, 1}, 9}, {"Cells", {1, 4}, 9},
+      {"Cells", {nan}, 9}, {"Cells", {1, 1, 1}, 5}, {"Cells", {"x"}, 13}, {"Cells", {}, 438},
+      {"Value", {1}, 438}, {"Rows", {}, 438},
+  };
+  for (const auto& c : wrong)
+    EXPECT_EQ(faultNumber([&] { return cells.get(c.member, c.arguments); }), c.fault) << c.member;
+  for (const auto& [row, column] : {std::pair{0, 1}, {3, 1}, {1, 0}, {1, 4}})
+    EXPECT_EQ(faultNumber([&, i = row, j = column] { return cells.at(i, j); }), 9);
+  for (const auto& [rows, columns] : {std::pair{0, 1}, {1, 0}})
+    EXPECT_EQ(faultNumber([m = rows, n = columns] { return Cells(m, n), 0; }), 9);
+  for (const int columns : {0, 4})
+    EXPECT_EQ(faultNumber([&] { return Cells(numbers, columns), 0; }), 9);
+  EXPECT_EQ(faultNumber([&] { return Cells(std::span(numbers).first(0)), 0; }), 9);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <numbers>
 #include <random>
@@ -123,6 +124,86 @@ TEST(Simulation, DrawsAgainWhenAPercentileWasMissed) {
   EXPECT_DOUBLE_EQ(result.moments.mean, 399'999 / 2.);
 }
 
+TEST(Simulation, BlocksWorkedOutElsewhereAndAnEarlyEnd) {
+  Model model;
+  model.add("Delay", Law::exponential(0.1), 0.4);
+  Settings settings;
+  settings.trials = 500'000;
+  RunOptions options;
+  options.threads = 1;
+  const auto text = [](const Results& results) {
+    std::string figures = std::to_string(results.trials);
+    for (const auto& [percent, value, low, high] : results.results.at(0).percentiles)
+      figures += ' ' + Variant(value).toText() + ' ' + Variant(high).toText();
+    return figures + ' ' + Variant(results.results[0].moments.mean).toText();
+  };
+  const std::string alone = text(run(model, settings, options));
+  const Simulation there(model, settings);
+  Worker worker(there);
+  std::atomic<int> helped = 0;
+  options.helpers.emplace_back([&](const Task& task) {
+    ++helped;
+    return worker.work(task).value();
+  });
+  EXPECT_EQ(text(run(model, settings, options)), alone);
+  EXPECT_GT(helped, 0);
+  options.helpers = {[](const Task&) -> Block { throw std::runtime_error("a cable was pulled"); }};
+  EXPECT_THROW(run(model, settings, options), std::runtime_error);
+
+  // Ended after six blocks: as a run of that length.
+  options.helpers.clear();
+  std::uint64_t begun = 0;
+  options.progress = [&](std::uint64_t done, std::uint64_t) { begun = done; };
+  options.cancelled = [&] { return begun >= 6 * Simulation::blockTrials; };
+  const Results ended = run(model, settings, options);
+  EXPECT_TRUE(ended.cancelled);
+  EXPECT_EQ(ended.trials, 6 * Simulation::blockTrials);
+  EXPECT_EQ(ended.results[0].settling.back().trials, ended.trials);
+  settings.trials = ended.trials;
+  EXPECT_EQ(text(run(model, settings)), text(ended));
+}
+
+TEST(Simulation, RefusesWhatCanNotBeSimulated) {
+  const struct {
+    const char* sentence;
+    std::function<void(Model&, Settings&)> spoil;
+  } cases[] = {
+      {"there is no trial to simulate.", [](Model&, Settings& s) { s.trials = 0; }},
+      {"a percentile of 101 is not between 0 and 100.",
+       [](Model&, Settings& s) {
+         s.percents = {50, 101};
+       }},
+      {"a percentile of -1 is not between 0 and 100.",
+       [](Model&, Settings& s) { s.percents = {-1}; }},
+      {"Row 2, B: a chance of 1.5 is not between 0 and 1.",
+       [](Model& m, Settings&) { m.add("B", Law::uniform(0, 1), 1.5); }},
+      {"Row 2, B: a chance of -0.5 is not between 0 and 1.",
+       [](Model& m, Settings&) { m.add("B", Law::uniform(0, 1), -0.5); }},
+  };
+  for (const auto& [sentence, spoil] : cases) {
+    Model model;
+    model.add("A", Law::uniform(0, 1));
+    Settings settings;
+    try {
+      spoil(model, settings);
+      run(model, settings);
+      ADD_FAILURE() << sentence;
+    } catch (const Fault& fault) {
+      EXPECT_STREQ(fault.what(), sentence);
+    }
+  }
+  // Nothing counts where every trial fails.
+  Model model;
+  model.add("A", Law::uniform(-2, -1));
+  model.addFormula("Root", "sqrt([A])");
+  Settings settings;
+  settings.skipFailures = true;
+  const Results results = run(model, settings);
+  EXPECT_EQ(results.trials, 0U);
+  EXPECT_EQ(results.failures, settings.trials);
+  EXPECT_TRUE(results.results.empty());
+}
+
 TEST(Percentiles, RanksOfTheirIntervals) {
   struct Case {
     double percent;
@@ -178,8 +259,13 @@ TEST(Correlations, WrongTables) {
       {{{"", "A"}, {"B", 1}}, "'B' in the first column does not stand in the first row."},
       {{{"", "A"}, {"A", 1}, {"A", 1}}, "A stands twice in the first column."},
       {{{"", "A", "B"}, {"A", 1, 0.5}}, "B does not stand in the first column."},
-      {{{"", "A", "B"}, {"A", 1, 0.5}, {"B", "", 1}},
+      {{{"# ranks"}, {}, {"", "A", "B"}, {"A", 1, 0.5}, {"B", "", 1}},
        "the correlation of B with A is not a number."},
+      {{{"", "A", "B"}, {"A", 1, 0.5}, {"B", {}, 1}},
+       "the correlation of B with A is not a number."},
+      {{{"", "A", "B"}, {"A", 1, -2}, {"B", -2, 1}},
+       "the correlation of A with B, -2, is not between -1 and 1."},
+      {{{"", "Elsewhere"}, {"Elsewhere", 1}}, "there is no input 'Elsewhere'."},
       {{{"", "A", "B"}, {"A", 1, 0.5}, {"B", 0.4, 1}},
        "the correlations are not symmetric: A with B 0.5, the other way round 0.4."},
       {{{"", "A", "B"}, {"A", 1, 2}, {"B", 2, 1}},
@@ -198,7 +284,8 @@ TEST(Correlations, WrongTables) {
   }
 }
 
-/// Has two cells of its own: "=@0", twice what the first row drew; and its result, their sum.
+/// Has two cells of its own: "=@0", twice what the first row drew; and its result, their sum. Both
+/// fail for some draws.
 class DoublingWorkbook : public Workbook {
  public:
   void put(std::size_t row, double value) override { values_.at(row) = value; }
@@ -206,7 +293,10 @@ class DoublingWorkbook : public Workbook {
     if (values_[0] > 0.9) throw std::runtime_error("the cell holds an error value.");
     return 2 * values_[0];
   }
-  double result(std::size_t /*row*/) override { return values_[0] + values_[1]; }
+  double result(std::size_t /*row*/) override {
+    if (values_[0] < 0.05) throw std::runtime_error("the sum holds an error value.");
+    return values_[0] + values_[1];
+  }
 
  private:
   std::array<double, 2> values_{};
@@ -216,11 +306,15 @@ const FakeSheet doublingSheet({{"Name", "Type", "Param1", "Param2", "LTL", "Cell
                                {"First", "Uniform", 0, 1, {}, "B1"},
                                {"Second", "Uniform", "=@0", "=@0", {}, "B2"},
                                {"Sum", {}, {}, {}, {}, "B3"},
-                               {"Trials", {}, 500}});
+                               {"Trials", {}, 500},
+                               {"Seed", {}, 7},
+                               {"Sampling", {}, "lhs"}});
 
 TEST(Workbook, IsReadInEachTrial) {
   const Model model = Model::fromWorkbook(doublingSheet);
   EXPECT_EQ(model.settings().at("trials"), Variant(500));
+  EXPECT_EQ(model.settings().at("seed"), Variant(7));
+  EXPECT_EQ(model.settings().at("sampling"), Variant("lhs"));
   EXPECT_EQ(model.cells().size(), 2U);
   Settings settings;
   settings.trials = 2000;
@@ -231,7 +325,7 @@ TEST(Workbook, IsReadInEachTrial) {
   options.onTrials = [&](std::string_view lines) { text += lines; };
   const Results results = run(model, settings, options);
   EXPECT_EQ(results.trials + results.failures, 2000U);
-  EXPECT_NEAR(static_cast<double>(results.failures), 200, 50);
+  EXPECT_NEAR(static_cast<double>(results.failures), 300, 60);
   std::istringstream lines(text);
   double first = 0, second = 0, sum = 0;
   char comma = 0;
@@ -244,6 +338,27 @@ TEST(Workbook, IsReadInEachTrial) {
 
   settings.skipFailures = false;
   EXPECT_THROW(run(model, settings, options), TrialFault);
+  options.openWorkbook = {};
+  try {
+    run(model, settings, options);
+    ADD_FAILURE() << "a cell was read without a workbook";
+  } catch (const TrialFault& fault) {
+    EXPECT_STREQ(fault.what(),
+                 "Row 3, Second, trial 1: there is no workbook to read the cell from.");
+  }
+  const std::vector<Variant> head{"Name", "Type", "Param1", "Param2", "LTL", "Cell"};
+  const std::pair<std::vector<Variant>, const char*> wrong[] = {
+      {{"A", "Uniform", 0, 1}, "Row 2, A: the cell that receives the draw is missing."},
+      {{"A"}, "Row 2, A: there is neither a type nor a formula."},
+  };
+  for (const auto& [row, sentence] : wrong) {
+    try {
+      Model::fromWorkbook(FakeSheet({head, row}));
+      ADD_FAILURE() << sentence;
+    } catch (const Fault& fault) {
+      EXPECT_STREQ(fault.what(), sentence);
+    }
+  }
 }
 
 // A run without memory ends so, and neither counts that as a trial that failed nor spoils its

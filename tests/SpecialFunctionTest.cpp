@@ -137,6 +137,31 @@ TEST(SpecialFunctions, GammaQuantileAlwaysEnds) {
   }
 }
 
+// Outside of their domain they have no value; at its ends the mass is in one point.
+TEST(SpecialFunctions, InversesAtTheEndsOfTheirDomain) {
+  constexpr double inf = std::numeric_limits<double>::infinity();
+  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+  const struct {
+    double a, b, p, q, x;
+  } betas[] = {{inf, 2, 0.3, 0.7, 1},  {2, inf, 0.3, 0.7, 0},  {inf, inf, 0.3, 0.7, 0.5},
+               {2, 3, -0.1, 1.1, nan}, {2, 3, 1.1, -0.1, nan}, {2, 3, nan, 0.5, nan},
+               {0, 3, 0.3, 0.7, nan},  {2, -1, 0.3, 0.7, nan}};
+  for (const auto& [a, b, p, q, x] : betas) {
+    const m_Beta::Fraction found = m_Beta::InverseBeta(a, b)(p, q);
+    EXPECT_TRUE(std::isnan(x) ? std::isnan(found.x) && std::isnan(found.y)
+                              : found.x == x && found.y == 1 - x)
+        << a << ' ' << b << ' ' << p;
+  }
+  const struct {
+    double a, p, q, x;
+  } gammas[] = {
+      {inf, 0.3, 0.7, inf}, {2, -0.1, 1.1, nan}, {2, 1.1, -0.1, nan}, {-1, 0.3, 0.7, nan}};
+  for (const auto& [a, p, q, x] : gammas) {
+    const double found = m_Gamma::IncompleteGamma(a).quantile(p, q);
+    EXPECT_TRUE(std::isnan(x) ? std::isnan(found) : found == x) << a << ' ' << p;
+  }
+}
+
 using Tails = std::array<double, 2>;
 Tails betaRatio(double a, double b, double x, double y) {
   const Values found = call("bratio", {a, b, x, y, 0, 0, -1});
