@@ -106,11 +106,14 @@ Moments Gamma::integratedMoments(const Limits& limits) const {
   for (const Interval& x : KeptIntervals(limits, minimum_, infinity)) {
     const Anchor anchor = anchorAt(mode, minimum_, x);
     const double y = anchor.fromOrigin == shape_ * scale_ ? shape_ : anchor.fromOrigin / scale_;
+    const double logAtAnchor =
+        underflows(anchor.fromOrigin, scale_)
+            ? shape_ * (std::log(anchor.fromOrigin) - std::log(scale_)) - m_Gamma::gamln(shape_)
+            : logAtMode - m_Gamma::deviance(shape_, y);
     const ExponentialScale t(minimum_, anchor.fromOrigin, 1);
     kept.add(integratedPiece(
         anchor.point, {t.position(anchor.lower), t.position(anchor.upper)}, t,
-        [&](double u) { return lessExpm1(u, shape_, y); },
-        logAtMode - m_Gamma::deviance(shape_, y)));
+        [&](double u) { return lessExpm1(u, shape_, y); }, logAtAnchor));
   }
   return kept.moments();
 }
