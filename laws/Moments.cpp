@@ -166,8 +166,10 @@ Anchor anchorAt(double mode, double origin, const Interval& kept) {
 Anchor anchorWithin(const Bounds& ends, double modeBelow, double modeAbove, const Interval& kept) {
   constexpr double smallest = std::numeric_limits<double>::min();
   if (modeBelow < smallest || modeAbove < smallest) {
-    Anchor anchor =
-        anchorWithin(ends, std::max(modeBelow, smallest), std::max(modeAbove, smallest), kept);
+    // What is added on one side is taken from the other: their sum is the width.
+    const double below = std::max(modeBelow - std::max(smallest - modeAbove, 0.0), smallest);
+    const double above = std::max(modeAbove - std::max(smallest - modeBelow, 0.0), smallest);
+    Anchor anchor = anchorWithin(ends, below, above, kept);
     anchor.isMode = false;
     return anchor;
   }

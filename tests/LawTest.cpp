@@ -17,6 +17,8 @@
 #include <string>
 #include <vector>
 
+#include "FakeRange.h"
+#include "Fault.h"
 #include "ManyLaws.h"
 #include "laws/Beta.h"
 #include "laws/Exponential.h"
@@ -280,6 +282,10 @@ TEST(Law, FaultsAreTheEnginesSentences) {
       EXPECT_STREQ(fault.what(), c.sentence);
     }
   }
+  const auto closed = cell(1);
+  closed->failingRead["count"] = 1;
+  const std::array<Variant, 2> parameters{closed, 1};
+  EXPECT_EQ(faultNumber([&] { return makeLaw("Normal", parameters); }), 1004);
 }
 
 TEST(Law, LimitsAndPointMasses) {
