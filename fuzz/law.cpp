@@ -65,7 +65,7 @@ void run(FuzzedDataProvider& data) try {
   if (type.name == "Gamma" && !usual(given[0])) return;
   if (type.name == "Beta" && !(usual(given[0]) && usual(given[1]))) return;
   // One of the doubles about a quantile has the probability, unless this is too small a double.
-  if (low * law.keptProbability() < std::numeric_limits<double>::min() || std::isinf(q)) return;
+  if (low * law.keptProbability() < 1e-300 || std::isinf(q)) return;
   const auto [start, end, startIncluded, endIncluded] = whole.support();
   const double origin = std::isinf(end) && std::isfinite(start) ? start : 0;
   const double away = 1e-12 * (std::abs(q) + std::abs(origin)) + std::numeric_limits<double>::min();
