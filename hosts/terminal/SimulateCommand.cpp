@@ -206,17 +206,17 @@ std::string quoted(const std::string& word) {
   return safe + "'";
 }
 
-/// The command line that gives the same figures again.
-std::string commandLine(const SimulateOptions& options) {
+/// The command line that gives the same figures again, whatever the table or the usual values say
+/// by then.
+std::string commandLine(const SimulateOptions& options, const simulation::Settings& settings) {
   std::string line = "palvex simulate " + quoted(options.file);
   const auto add = [&](std::string_view name, const std::string& value) {
     if (!value.empty()) line += fmt::format(" {} {}", name, quoted(value));
   };
-  const bool usual = options.trials.empty() && options.until.empty();
-  add("-n", usual ? std::string(usualTrials) : options.trials);
+  add("-n", options.until.empty() ? std::to_string(settings.trials) : options.trials);
   add("--until", options.until);
-  add("--seed", options.seed);
-  add("--sampling", options.sampling);
+  add("--seed", std::to_string(settings.seed));
+  add("--sampling", settings.sampling == simulation::Sampling::lhs ? "lhs" : options.sampling);
   add("--correlations", options.correlationsFile);
   if (options.repairCorrelations) line += " --repair-correlations";
   add("--percentiles", options.percentiles);
@@ -343,7 +343,8 @@ void simulate(const SimulateOptions& options, const Role& role) {
   if (results.trials == 0) throw Refusal("every trial failed: there are no results.");
   if (trials) trials->close();
   if (report) {
-    report->write(reportOf(model, results, {options.file, commandLine(options), PALVEX_VERSION}));
+    report->write(
+        reportOf(model, results, {options.file, commandLine(options, settings), PALVEX_VERSION}));
     report->close();
   }
   Output output;
