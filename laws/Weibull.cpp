@@ -22,7 +22,7 @@ Support Weibull::support() const noexcept {
 double Weibull::density(double x) const noexcept {
   if (x < minimum_) return 0;
   if (shape_ == 1) return std::exp(-(x - minimum_) / scale_) / scale_;
-  const double logZ = std::log(x - minimum_) - std::log(scale_);
+  const double logZ = logShare(x);
   const double fall = std::exp(shape_ * logZ);
   if (std::isinf(fall)) return 0;
   return std::exp((shape_ - 1) * logZ + std::log(shape_) - std::log(scale_) - fall);
@@ -31,9 +31,10 @@ double Weibull::density(double x) const noexcept {
 double Weibull::logDensity(double x) const noexcept {
   if (x < minimum_) return -infinity;
   const double z = (x - minimum_) / scale_;
-  const double power = powerOf(z, shape_);
+  const double logZ = std::isnormal(z) ? std::log(z) : logShare(x);
+  const double power = std::isnormal(z) ? powerOf(z, shape_) : std::exp(shape_ * logZ);
   if (std::isinf(power)) return -infinity;
-  const double logPower = shape_ == 1 ? 0 : (shape_ - 1) * std::log(z);
+  const double logPower = shape_ == 1 ? 0 : (shape_ - 1) * logZ;
   return logPower + std::log(shape_) - std::log(scale_) - power;
 }
 

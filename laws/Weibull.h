@@ -30,16 +30,17 @@ class Weibull {
   [[nodiscard]] Tails tails(double x) const noexcept {
     if (x <= minimum_) return {0, 1};
     const double z = (x - minimum_) / scale_;
-    // With the smallest shapes a z that is too small for a double still has a probability.
-    const double power =
-        z > 0 ? powerOf(z, shape_) : std::exp(shape_ * (std::log(x - minimum_) - std::log(scale_)));
+    // With the smallest shapes a z that is too small or too great for a double has its probability.
+    const double power = std::isnormal(z) ? powerOf(z, shape_) : std::exp(shape_ * logShare(x));
     return {-std::expm1(-power), std::exp(-power)};
   }
   /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
     // Only a small p has digits that q has lost.
     const double power = p < 0.01 ? -std::log1p(-p) : -std::log(q);
-    return minimum_ + scale_ * powerOf(power, 1 / shape_);
+    const double z = powerOf(power, 1 / shape_);
+    if (std::isnormal(z)) return minimum_ + scale_ * z;
+    return minimum_ + std::exp(std::log(power) / shape_ + std::log(scale_));
   }
 
   /// Mean and standard deviation of what the limits keep, in closed form; nothing where its terms
@@ -50,6 +51,11 @@ class Weibull {
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:
+  /// log z, which leaves the range of doubles later than z does.
+  [[nodiscard]] double logShare(double x) const noexcept {
+    return std::log(x - minimum_) - std::log(scale_);
+  }
+
   double shape_;
   double scale_;
   double minimum_;

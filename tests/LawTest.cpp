@@ -369,6 +369,14 @@ TEST(Law, TypesBeyondTheirEnds) {
   expectNothing(laws::Gamma(2, 3, 1), 0);
   EXPECT_EQ(laws::Gamma(2, 1e300, 0).tails(1e-300).upper, 1);
   EXPECT_EQ(laws::Gamma(2, 1e-300, 0).tails(1e300).lower, 1);
+  // A share of the scale, here 1e-400 and 3^1000, need not be a double.
+  const laws::Weibull wide(0.1, 1e300, 0);
+  EXPECT_NEAR(wide.quantile(1e-40, 1) * 1e100, 1, 1e-12);
+  EXPECT_NEAR(wide.tails(1e-100).lower * 1e40, 1, 1e-12);
+  const laws::Weibull steep(0.001, 1e-300, 0);
+  EXPECT_NEAR(steep.quantile(1 - std::exp(-3), std::exp(-3)) / 1.3220708194808066e177, 1, 1e-12);
+  EXPECT_NEAR(steep.tails(1.3220708194808066e177).upper, std::exp(-3), 1e-14);
+  EXPECT_NEAR(steep.logDensity(1.3220708194808066e177), -416.64590376021, 1e-10);
   // The ends themselves belong to a law.
   const auto expectDensity = [](const auto& type, double x, double density) {
     EXPECT_EQ(type.density(x), density);
