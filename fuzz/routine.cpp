@@ -11,6 +11,17 @@ namespace {
 
 using script::Values;
 
+/// Those that answer any numbers at all with a number or an error. Left out: searches that never
+/// end by their published text, and what passes a NaN on.
+std::vector<std::string> namesOfTotalRoutines() {
+  std::vector<std::string> names;
+  for (const auto& [name, routine] : script::routines()) {
+    const bool odd = name.starts_with("cdf") || name.ends_with("sign") || name.starts_with("dm");
+    if (routine.takesNumbers && !odd && name != "ipmpar") names.push_back(name);
+  }
+  return names;
+}
+
 std::string text(std::string text, const Values& given) {
   for (const Variant& value : given) text += ' ' + script::shown(value);
   return text;
@@ -69,7 +80,7 @@ void search(FuzzedDataProvider& data) {
 }  // namespace
 
 void run(FuzzedDataProvider& data) {
-  static const std::vector<std::string> names = script::namesOfTotalRoutines();
+  static const std::vector<std::string> names = namesOfTotalRoutines();
   const auto which = data.ConsumeIntegralInRange<std::size_t>(0, names.size());
   if (which == names.size()) {
     static_cast<void>(faultNumber([&] { return search(data), 0; }));

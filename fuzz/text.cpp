@@ -7,7 +7,6 @@
 #include "Fuzz.h"
 #include "hosts/terminal/Reference.h"
 #include "runtime/NumericText.h"
-#include "simulation/Text.h"
 
 namespace palvex::fuzz {
 namespace {
@@ -41,15 +40,6 @@ void show(const std::string& text) {
   if (terminal::markup(text).find_first_of("<>\"") != std::string::npos) fail("markup: " + safe);
 }
 
-void compareNames(const std::string& text, const std::string& other) {
-  const std::size_t away = simulation::lettersAway(text, other);
-  const bool equal = simulation::folded(text) == simulation::folded(other);
-  if (away != simulation::lettersAway(other, text) || (away == 0) != equal)
-    fail("letters away: " + text + " | " + other);
-  const std::array<std::string_view, 3> names{other, "Minimum", ""};
-  static_cast<void>(simulation::nearest(text, names));
-}
-
 }  // namespace
 
 void run(FuzzedDataProvider& data) {
@@ -63,7 +53,6 @@ void run(FuzzedDataProvider& data) {
   readNumber(text);
   readReference(text);
   show(text);
-  compareNames(text, data.ConsumeRandomLengthString(50));
   static_cast<void>(terminal::commasMarkThousands(text));
   readNumber(numberText(number(data)));
 }

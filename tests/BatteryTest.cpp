@@ -1,6 +1,5 @@
 // What holds for every type: one battery over laws of all ten, then over random ones of each.
 
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -8,13 +7,12 @@
 #include <random>
 
 #include "Allocation.h"
-#include "Stateless.h"
+#include "Routines.h"
 #include "engine/c_Distribution.h"
 #include "families/m_Histogram.h"
 #include "families/m_Johnson.h"
 #include "laws/Beta.h"
 #include "laws/Gamma.h"
-#include "laws/Histogram.h"
 #include "laws/Johnson.h"
 #include "laws/Lognormal.h"
 #include "laws/Normal.h"
@@ -326,66 +324,6 @@ TEST(RandomLaws, ClosedFormAndIntegrationAgreeAndPlotsBeginBelowTheirEnd) {
   }
 }
 
-// The object keeps bands, prepared shapes and fitted curves between calls. Whatever it kept, each
-// result must have the bits of the routines that keep nothing, and each error their number, their
-// description and their routines in the same order.
-
-TEST(RandomLaws, TheObjectAddsSpeedAndNothingElse) {
-  Chance chance;
-  const double odd[]{0,      -0.0,   1,     0.5,      -0.1,      1.1,
-                     5e-324, 1e-300, 1e300, infinity, -infinity, std::nan("")};
-  std::map<char, int> kinds;  // first character of an outcome: b, or the digit of an error
-  for (const std::string type : types) {
-    int accepted = 0;
-    for (int round = 0; round < 400; ++round) {
-      Law law = randomLaw(type, chance);
-      if (type == "Johnson" && chance.oneIn(4))
-        law.parameters = {law.parameters[0], law.parameters[1], 0, 3};
-      if (type == "Gamma" && chance.oneIn(2)) law.parameters[2] = 0;
-      for (Variant& parameter : law.parameters) {
-        if (type == "Histogram") break;
-        const double number = parameter.toDouble();
-        if (chance.oneIn(4)) parameter = std::round(number);
-        if (chance.oneIn(40)) parameter = std::copysign(chance.magnitude(-308, 308), number);
-      }
-      const auto number = [&] {
-        return (chance.oneIn(2) ? 1 : -1) *
-               (chance.oneIn(6) ? chance.magnitude(-300, 300) : chance.uniform(0, 12));
-      };
-      const auto limit = [&]() -> Variant {
-        return chance.oneIn(3) ? Variant{} : Variant(number());
-      };
-      c_Distribution d;
-      const Variant ltl = limit();
-      const Variant utl = limit();
-      if (outcome([&] { return set(d, law, ltl, utl).empty() ? 1.0 : 0.0; }) !=
-          outcome([] { return 1.0; }))
-        continue;
-      ++accepted;
-      const Stateless same(type, law.parameters, ltl, utl);
-      for (int i = 0; i < 40; ++i) {
-        d.Dynamic = chance.oneIn(5);
-        const double p = chance.oneIn(8) ? odd[static_cast<std::size_t>(chance.uniform(0, 12))]
-                                         : chance.probability();
-        const double x = chance.oneIn(2) ? number() : p;
-        const std::string draw = outcome([&] { return same.RandVal(p); });
-        ASSERT_EQ(outcome([&] { return d.RandVal(p); }, "RandVal"), draw)
-            << describe(d) << ' ' << p;
-        ASSERT_EQ(outcome([&] { return d.pdf(x); }, "pdf"), outcome([&] { return same.pdf(x); }))
-            << describe(d) << ' ' << x;
-        ASSERT_EQ(outcome([&] { return d.cdf(x); }, "cdf"), outcome([&] { return same.cdf(x); }))
-            << describe(d) << ' ' << x;
-        ++kinds[draw.front()];
-      }
-    }
-    EXPECT_GT(accepted, 100) << type;
-  }
-  EXPECT_GT(kinds['b'], 20'000);  // results, and enough of the errors 5, 6, 11 and 13
-  EXPECT_GT(kinds['5'], 500);
-  EXPECT_GT(kinds['6'], 500);
-  EXPECT_GT(kinds['1'], 100);
-}
-
 // ---- moments ----
 
 TEST(Moments, AgreeWithHighPrecisionReferences) {
@@ -489,20 +427,6 @@ TEST(Moments, ClosedFormsAnswerNothingWhereTheyWouldCancel) {
   EXPECT_NEAR(spread(1000, 1e-200) / std::exp(1000 - 200 * std::log(10)), 1, 1e-12);
   EXPECT_EQ(spread(0, 27), infinity);
   EXPECT_EQ(spread(709.1, 1), infinity);
-}
-
-// The stable density of a curve is the literal one, standardised or not, wherever that has a value.
-TEST(JohnsonDensity, StableAndLiteralAgree) {
-  const m_Johnson::JohnsonParams curves[] = {{0.7, 1.5, 2, 10, "SU", 2, ""},
-                                             {-0.4, 0.8, 5, -1, "SB", 3, ""},
-                                             {1.2, 2, 1, 3, "SL", 1, ""},
-                                             {2, 0, 10, 0, "Normal", 4, ""}};
-  for (const auto& c : curves) {
-    for (double x = -20; x < 40; x += 0.37) {
-      const double literal = jPDF(x, c) / (c.typeName == "SU" || c.typeName == "SB" ? c.lambda : 1);
-      EXPECT_NEAR(laws::Johnson(c).density(x), literal, 1e-12 * literal) << c.typeName << ' ' << x;
-    }
-  }
 }
 
 TEST(GraphData, HoldsWhereTheFormulaOverflows) {

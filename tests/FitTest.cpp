@@ -1,17 +1,14 @@
 // What is fitted to a range or to moments: the Johnson curves over the whole plane, histograms of
 // any data.
 
-#include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 #include <map>
 #include <random>
 
 #include "Routines.h"
 #include "families/m_Histogram.h"
 #include "families/m_Johnson.h"
-#include "laws/Histogram.h"
 #include "laws/Johnson.h"
 
 namespace palvex::script {
@@ -178,42 +175,6 @@ TEST(JohnsonFit, CurveHasTheAskedMoments) {
   EXPECT_GT(seen["SU"], 1900);
 }
 
-TEST(JohnsonFit, EndsOnWhateverMomentsWithoutANaN) {
-  std::mt19937_64 random(8);
-  std::uniform_real_distribution<double> uniform(0, 1);
-  int fits = 0;
-  for (int i = 0; i < 20'000; ++i) {
-    const double skewness = std::pow(10, 8 * uniform(random) - 2) * (i % 2 == 0 ? 1 : -1);
-    const double kurtosis = lognormalKurtosis(skewness) + std::pow(10, 14 * uniform(random) - 2);
-    double gamma = 0;
-    double delta = 0;
-    double lambda = 0;
-    double xi = 0;
-    const int number = faultNumber(
-        [&] { return m_Johnson::SUFIT(0, 1, skewness, kurtosis, gamma, delta, lambda, xi), 0; });
-    EXPECT_TRUE(number == 5 || number == 6 || number == 11 ||
-                (delta > 0 && lambda > 0 && std::isfinite(gamma) && std::isfinite(xi)))
-        << skewness << ' ' << kurtosis << ' ' << number;
-    fits += number == 0 ? 1 : 0;
-  }
-  EXPECT_GT(fits, 0);
-  constexpr double inf = std::numeric_limits<double>::infinity();
-  for (const double odd : {std::nan(""), inf, -inf, 1e300, -1e300, 1e-300}) {
-    for (std::size_t i = 0; i < 4; ++i) {
-      for (const auto& [skewness, kurtosis] :
-           {std::pair{0.0, 3.0}, {0.0, 5.0}, {0.5, 2.0}, {1.0, lognormalKurtosis(1)}}) {
-        std::array moments{1.0, 2.0, skewness, kurtosis};
-        moments[i] = odd;
-        JohnsonParams c;
-        const int number = faultNumber(
-            [&] { return CalcJohnson(moments[0], moments[1], moments[2], moments[3], c), 0; });
-        EXPECT_TRUE(number == 0 || number == 5 || number == 6 || number == 11);
-        EXPECT_TRUE(std::isfinite(c.gamma + c.delta + c.lambda + c.xi)) << i << ' ' << odd;
-      }
-    }
-  }
-}
-
 // ---- histograms ----
 
 using m_Histogram::layouts;
@@ -262,58 +223,6 @@ TEST(HistogramFit, ReadsTheRangeOnceAndKeepsTheArraysOnFailure) {
       fault->source().starts_with("host\r\nin palvex.m_Histogram.CreateHistogramArrays at line "));
   EXPECT_EQ(arrays.density, before.density);
   EXPECT_EQ(arrays.table, before.table);
-}
-
-TEST(HistogramFit, RandomDataHoldTheIdentities) {
-  std::mt19937_64 random(3);
-  std::uniform_real_distribution<double> uniform;
-  for (int round = 0; round < 300; ++round) {
-    const std::int32_t columns = 1 + round % 3;
-    const auto rows = static_cast<int>(random() % 60) + 2;
-    const double scale = std::pow(10, 40 * uniform(random) - 20);
-    Values cells;
-    double edge = -uniform(random) * rows;
-    for (int i = 0; i < rows; ++i) {
-      const double lower = edge += random() % 2 == 0 ? 0 : uniform(random);
-      const double upper = edge += uniform(random) + .001;
-      const double count = i < 2 ? 1 : static_cast<double>(random() % 4);
-      if (columns == 3) cells.emplace_back(lower * scale);
-      cells.emplace_back(upper * scale);
-      if (columns > 1) cells.emplace_back(count);
-    }
-    const auto [density, bins] =
-        build(block(columns, cells), static_cast<std::size_t>(columns - 1));
-    double area = 0;
-    double before = 0;
-    for (std::size_t i = 0; i < bins.size(); ++i) {
-      const auto& [lower, upper, cumulative] = bins[i];
-      EXPECT_EQ(density[3 * i], lower);
-      EXPECT_EQ(density[3 * i + 1], upper);
-      EXPECT_NEAR(density[3 * i + 2] * (upper - lower), cumulative - before, 1e-13);
-      EXPECT_TRUE(i == 0 || lower >= bins[i - 1][1]);
-      area += density[3 * i + 2] * (upper - lower);
-      before = cumulative;
-    }
-    EXPECT_NEAR(area, 1, 1e-13);
-    const laws::Histogram law(density);
-    for (const auto& [lower, upper, cumulative] : bins) {
-      EXPECT_NEAR(law.tails(upper).lower, cumulative, 1e-13);
-      EXPECT_NEAR(law.tails(lower).upper, 1 - m_Histogram::HistogramCDF(lower, bins), 1e-13);
-    }
-    const double least = m_Histogram::HistogramINV(0, bins);
-    const double width = m_Histogram::HistogramINV(1, bins) - least;
-    for (int i = 0; i < 50; ++i) {
-      const double p = uniform(random);
-      EXPECT_NEAR(m_Histogram::HistogramCDF(m_Histogram::HistogramINV(p, bins), bins), p, 1e-11);
-      const double a = least + width * uniform(random);
-      const double b = least + width * uniform(random);
-      if (a == b || law.keepsNothing({a, b})) continue;
-      const double drawn = m_Histogram::HistogramVAL(p, bins, a, b);
-      const bool below = drawn <= b + 1e-13 * width;
-      const bool above = drawn >= a - 1e-13 * width;
-      EXPECT_TRUE(a < b ? below && above : below || above) << a << ' ' << b << ' ' << drawn;
-    }
-  }
 }
 
 }  // namespace

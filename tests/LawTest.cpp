@@ -392,16 +392,6 @@ TEST(Law, TypesBeyondTheirEnds) {
   EXPECT_EQ(laws::Triangular(3, 3, 3).logDensity(4), -infinity);
 }
 
-TEST(Law, RegisterOfTypes) {
-  const std::array pert{1.0, 2.0, 9.0};
-  EXPECT_EQ(makeLaw(*findLawType("PERT"), pert, {}).quantile(0.3),
-            Law::pert(1, 2, 9).quantile(0.3));
-  const std::array moments{5.0, 2.0, 1.0};
-  EXPECT_EQ(makeLaw(*findLawType("LognormalMean"), moments, {}).quantile(0.3),
-            Law::lognormalMean(5, 2, 1).quantile(0.3));
-  EXPECT_EQ(findLawType("normal"), nullptr);
-}
-
 TEST(Law, QuantilesOfTheSmallestTails) {
   for (const Law& law :
        {Law::normal(0, 1), Law::lognormal(0, 1), Law::exponential(2), Law::weibull(3, 1),

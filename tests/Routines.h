@@ -23,8 +23,4 @@ const std::map<std::string, Routine>& routines();
 
 Values call(const std::string& name, const Values& given);
 
-/// Those that answer any numbers at all with a number or an error. Left out: searches that never
-/// end by their published text, and what passes a NaN on.
-std::vector<std::string> namesOfTotalRoutines();
-
 }  // namespace palvex::script

@@ -22,12 +22,6 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double largest = std::numeric_limits<double>::max();
 
-TEST(Boolean, IsMinusOneOrZero) {
-  EXPECT_EQ(Boolean(true).bits(), -1);
-  EXPECT_EQ(Boolean(false).bits(), 0);
-  EXPECT_EQ(sizeof(Boolean), 2u);
-}
-
 TEST(Variant, TellsItsKind) {
   EXPECT_TRUE(Variant{}.isEmpty());
   EXPECT_TRUE(Variant::missing().isMissing());

@@ -10,7 +10,6 @@
 
 #include "Allocation.h"
 #include "palvex/simulation.h"
-#include "simulation/Text.h"
 
 namespace palvex::simulation {
 namespace {
@@ -39,20 +38,6 @@ class FakeSheet : public Sheet {
  private:
   Cells cells_;
 };
-
-TEST(Text, NearestName) {
-  const std::vector<std::string_view> names{"Normal", "Lognormal", "Triangular", "Beta"};
-  for (const auto& [word, name] :
-       std::vector<std::pair<const char*, const char*>>{{"Norml", "Normal"},
-                                                        {"Triangle", "Triangular"},
-                                                        {"lognromal", "Lognormal"},
-                                                        {"tri", "Triangular"},
-                                                        {"Bta", "Beta"},
-                                                        {"xyz", ""},
-                                                        {"", ""},
-                                                        {"no", ""}})
-    EXPECT_EQ(nearest(word, names), name) << word;
-}
 
 TEST(Percentiles, AreExactHoweverManyValuesThereAre) {
   const std::vector<double> percents{0, 0.001, 5, 50, 50.01, 80, 99.999, 100};

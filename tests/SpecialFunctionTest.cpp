@@ -114,29 +114,6 @@ TEST(SpecialFunctions, GammaRatioAndItsInverseAgreeWithReferences) {
   }
 }
 
-TEST(SpecialFunctions, GammaQuantileAlwaysEnds) {
-  for (const double a : {1e-300, 1e-20, 1e-3, 0.5, 0.9, 1.0, 3.0, 29.9, 40.0, 1e6, 1e20, 1e300}) {
-    const m_Gamma::IncompleteGamma shape(a);
-    double previous = 0;
-    for (const double p : {0.0, 5e-324, 1e-305, 1e-300, 3e-298, 1e-16, 0.1, 0.5, 0.9, 1 - 1e-16}) {
-      const double x = shape.quantile(p, 1 - p);
-      EXPECT_GE(x, previous * (1 - 1e-15)) << a << ' ' << p;
-      if (a >= 1e-3 && a < 1e7 && p > 1e-304 && x > 0) {
-        const m_Gamma::Ratio at = shape(x);
-        EXPECT_NEAR((p < 0.5 ? at.p : at.q) / std::min(p, 1 - p), 1,
-                    1e-13 * (1 + at.density / std::min(at.p, at.q)))
-            << a << ' ' << p;
-      }
-      previous = x;
-    }
-    for (const double q : {1e-16, 1e-200, 3e-298, 1e-300, 5e-324, 0.0}) {
-      const double x = shape.quantile(1, q);
-      EXPECT_GE(x, previous * (1 - 1e-15)) << a << ' ' << q;
-      previous = x;
-    }
-  }
-}
-
 // Outside of their domain they have no value; at its ends the mass is in one point.
 TEST(SpecialFunctions, InversesAtTheEndsOfTheirDomain) {
   constexpr double inf = std::numeric_limits<double>::infinity();
@@ -224,26 +201,10 @@ TEST(SpecialFunctions, BetaRatioHoldsItsIdentities) {
       EXPECT_EQ(inverse.ratio()(kept, 1 - kept).lower, betaRatio(a, b, kept, 1 - kept)[0]);
     }
   }
-  // Any shapes and ends give two tails that rise with x, symmetric where the shapes are equal.
+  // At any probabilities the inverse gives two parts that rise.
   const double shapes[]{5e-324, 1e-300, 1e-100, 1e-17, 1e-15, 1e-8,  0.1,    0.5,
                         1,      1.5,    7.99,   15,    39.5,  101,   1e4,    1e8,
                         1e15,   1e17,   1e50,   1e100, 1e154, 1e300, 1.7e308};
-  for (const double a : shapes) {
-    for (const double b : shapes) {
-      double previous = 0;
-      for (const double x : {5e-324, 1e-300, 1e-100, 1e-17, 1e-9, 0.01, 0.3, 0.499, 0.5}) {
-        SCOPED_TRACE(testing::Message() << a << ' ' << b << ' ' << x);
-        const auto [lower, upper] = betaRatio(a, b, x, 1 - x);
-        EXPECT_TRUE(lower >= 0 && lower <= 1);
-        EXPECT_NEAR(lower + upper, 1, 3e-16);
-        EXPECT_GE(lower, previous * (1 - 1e-9));
-        previous = lower;
-        EXPECT_NEAR(betaRatio(b, a, 1 - x, x)[1], lower, 1e-9);
-      }
-    }
-    EXPECT_EQ(betaRatio(a, a, 0.5, 0.5), (Tails{0.5, 0.5})) << a;
-  }
-  // So does their inverse at any probabilities.
   for (const double a : shapes) {
     for (const double b : shapes) {
       const m_Beta::InverseBeta inverse(a, b);

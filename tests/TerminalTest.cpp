@@ -1,4 +1,4 @@
-// The worksheet of the terminal program: its reader, its ranges, its tables.
+// The worksheet of the terminal program: its reader, its ranges, its numbers.
 
 #include <gtest/gtest.h>
 
@@ -6,10 +6,8 @@
 #include <functional>
 
 #include "hosts/terminal/Range.h"
-#include "hosts/terminal/Table.h"
 #include "hosts/terminal/Text.h"
 #include "hosts/terminal/Worksheet.h"
-#include "simulation/Uniform.h"
 
 namespace palvex::terminal {
 namespace {
@@ -187,58 +185,6 @@ TEST(Range, RaisesForWhatItDoesNotHave) {
               expected)
         << member;
   }
-}
-
-// The vectors published with the generator.
-TEST(Uniform, ComesFromPhilox) {
-  using Philox = r123::Philox4x32;
-  struct Case {
-    Philox::ctr_type counter;
-    Philox::key_type key;
-    Philox::ctr_type random;
-  };
-  const std::vector<Case> cases{
-      {{{0, 0, 0, 0}}, {{0, 0}}, {{0x6627e8d5, 0xe169c58d, 0xbc57ac4c, 0x9b00dbd8}}},
-      {{{0xffffffff, 0xffffffff, 0xffffffff, 0xffffffff}},
-       {{0xffffffff, 0xffffffff}},
-       {{0x408f276d, 0x41c83b0e, 0xa20bc7c6, 0x6d5451fd}}},
-      {{{0x243f6a88, 0x85a308d3, 0x13198a2e, 0x03707344}},
-       {{0xa4093822, 0x299f31d0}},
-       {{0xd16cfe09, 0x94fdcceb, 0x5001e420, 0x24126ea1}}},
-  };
-  for (const auto& [counter, key, random] : cases) {
-    EXPECT_EQ(Philox{}(counter, key), random);
-  }
-  // Two words of 32 bits, the second one the upper; the upper 52 bits of them count.
-  EXPECT_EQ(simulation::uniform(0, 0, 0), (0xe169c58d6627ep0 + 0.5) / 0x1p52);
-  EXPECT_EQ(simulation::uniform(0x299f31d0a4093822, 0x0370734413198a2e, 0x85a308d3243f6a88),
-            (0x94fdccebd16cfp0 + 0.5) / 0x1p52);
-
-  EXPECT_EQ(simulation::openUnit(0), 0x1p-53);
-  EXPECT_EQ(simulation::openUnit(~std::uint64_t{0}), 1 - 0x1p-53);
-}
-
-TEST(Table, IsWrittenForPeopleAndForPrograms) {
-  Table table({"name", "value"});
-  table.add({"Größe", 1.0 / 3});
-  table.add({"a,\"b\"", {}});
-  table.add({"x\xFF", 100.0});
-  EXPECT_EQ(table.text(Format::people, 3),
-            "name   value\n"
-            "Größe  0.333\n"
-            "a,\"b\"\n"
-            "x\\xff    100\n");
-  EXPECT_EQ(table.text(Format::csv),
-            "name,value\n"
-            "Größe,0.3333333333333333\n"
-            "\"a,\"\"b\"\"\",\n"
-            "x\xFF,100\n");
-  EXPECT_EQ(table.text(Format::json),
-            "[\n"
-            " {\"name\":\"Größe\",\"value\":0.3333333333333333},\n"
-            " {\"name\":\"a,\\\"b\\\"\"},\n"
-            " {\"name\":\"x\uFFFD\",\"value\":100.0}\n"
-            "]\n");
 }
 
 }  // namespace

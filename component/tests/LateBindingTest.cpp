@@ -159,19 +159,5 @@ TEST_F(LateBinding, TellsErrorsAsExceptions) {
             runtimeError(5));
 }
 
-TEST_F(LateBinding, DescribesItsClass) {
-  Ref<ITypeInfo> info;
-  ASSERT_EQ(d.as<IProvideClassInfo>()->GetClassInfo(info.receive()), S_OK);
-  TYPEATTR* attributes = nullptr;
-  ASSERT_EQ(info->GetTypeAttr(&attributes), S_OK);
-  EXPECT_EQ(attributes->guid, __uuidof(::c_Distribution));
-  EXPECT_EQ(attributes->typekind, TKIND_COCLASS);
-  info->ReleaseTypeAttr(attributes);
-  UINT count = 0;
-  EXPECT_EQ(d->GetTypeInfoCount(&count), S_OK);
-  EXPECT_EQ(count, 1u);
-  EXPECT_EQ(d->GetTypeInfo(1, 0, info.receive()), DISP_E_BADINDEX);
-}
-
 }  // namespace
 }  // namespace palvex::component::testing

@@ -1,16 +1,10 @@
-// A JScript client: every member by late binding, errors, ranges played by plain objects.
+// A JScript client: what it does otherwise than VBScript. Lists, null and undefined, errors, ranges played by plain
+// objects.
 var checks = 0, fails = 0;
 
 function check(what, found, expected) {
   ++checks;
   if (found === expected) return;
-  ++fails;
-  WScript.Echo("FAILED " + what + ": " + found + ", expected " + expected);
-}
-
-function near(what, found, expected) {
-  ++checks;
-  if (Math.abs(found - expected) <= 1e-12 * Math.abs(expected)) return;
   ++fails;
   WScript.Echo("FAILED " + what + ": " + found + ", expected " + expected);
 }
@@ -41,22 +35,9 @@ var names = new VBArray(d.ValidDistributions);
 check("lbound", names.lbound(), 1);
 check("name", names.getItem(9), "Johnson");
 
-d.distType = "Beta";
-check("NumParams", d.NumParams(), 4);
-d.param1 = 1;
-d.param2 = 2;
-d.param3 = 0;
-d.param4 = 10;
-check("ParamsOK", d.ParamsOK(""), true);
-near("mean", d.mean, 10 / 3);
-near("cdf", d.cdf(5), 0.75);
-d.utl = "+Infinity";
-d.ltl = 5;
-check("ParamsOK", d.ParamsOK(""), true);
-near("pdf without truncation", d.pdf(2.5, true), 1.5);
 d.ResizeArrays(3);
 d.GraphX(3) = 2.5;
-near("GraphX", d.GraphX(3), 2.5);
+check("GraphX", d.GraphX(3), 2.5);
 
 d.distType = "Normal";
 d.ltl = null;
@@ -67,10 +48,10 @@ var cell = new Cell(7);
 d.param1 = cell;
 d.param2 = 0;
 check("ParamsOK", d.ParamsOK(""), true);
-near("RandVal", d.RandVal(0.3), 7);
+check("RandVal", d.RandVal(0.3), 7);
 d.Dynamic = true;
 cell.Value = 8;
-near("a live cell", d.RandVal(0.3), 8);
+check("a live cell", d.RandVal(0.3), 8);
 d.Dynamic = false;
 d.param2 = 1;
 check("ParamsOK", d.ParamsOK(""), true);
