@@ -429,6 +429,20 @@ TEST(Moments, ClosedFormsAnswerNothingWhereTheyWouldCancel) {
   EXPECT_EQ(spread(709.1, 1), infinity);
 }
 
+// The stable density of a curve is the literal one, standardised or not, wherever that has a value.
+TEST(JohnsonDensity, StableAndLiteralAgree) {
+  const m_Johnson::JohnsonParams curves[] = {{0.7, 1.5, 2, 10, "SU", 2, ""},
+                                             {-0.4, 0.8, 5, -1, "SB", 3, ""},
+                                             {1.2, 2, 1, 3, "SL", 1, ""},
+                                             {2, 0, 10, 0, "Normal", 4, ""}};
+  for (const auto& c : curves) {
+    for (double x = -20; x < 40; x += 0.37) {
+      const double literal = jPDF(x, c) / (c.typeName == "SU" || c.typeName == "SB" ? c.lambda : 1);
+      EXPECT_NEAR(laws::Johnson(c).density(x), literal, 1e-12 * literal) << c.typeName << ' ' << x;
+    }
+  }
+}
+
 TEST(GraphData, HoldsWhereTheFormulaOverflows) {
   for (const Law& law : {Law{"Beta", {1e5, 1e5, 0, 1}},
                          {"Gamma", {1e6, 1, 0}},

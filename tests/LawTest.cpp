@@ -256,6 +256,12 @@ TEST(Law, FaultsAreTheEnginesSentences) {
        }},
       {"Truncation limits keep no probability in double precision.",
        [] { return Law::uniform(0, 1).between(-3, 0); }},
+      {"No Johnson curve was found for these moments.",
+       [] { return Law::johnson(0, 5e-324, 0, 1000); }},
+      {"The bins or their densities leave the range of doubles.",
+       [] {
+         return Law::histogram(std::array{-1e308, 1e308}, std::array{1.0});
+       }},
       {"No data", [&] { return Law::histogram(none); }},
       {"Counts can not be negative.", [&] { return Law::histogram(bins, std::array{-1.0}); }},
       {"A histogram has one edge more than counts.", [&] { return Law::histogram(bins, bins); }},
@@ -320,6 +326,8 @@ TEST(Law, LimitsAndPointMasses) {
   EXPECT_EQ(gap.quantile(0.25), 1);
   EXPECT_EQ(gap.between(1.5, {}).support().lower, 2);
   EXPECT_EQ(makeLaw("LognormalMean", std::array<Variant, 2>{"5", 2}).type(), "LognormalMean");
+  EXPECT_EQ(makeLaw(*findLawType("LognormalMean"), std::array{5.0, 2.0, 1.0}, {}).mean(), 5);
+  EXPECT_EQ(makeLaw(*findLawType("PERT"), std::array{1.0, 2.0, 9.0}, {}).mean(), 3);
   EXPECT_NEAR(Law::lognormalMean(5, 2, 1).sd(), 2, 1e-14);
 }
 
@@ -370,6 +378,7 @@ TEST(Law, TypesBeyondTheirEnds) {
   EXPECT_EQ(laws::Gamma(2, 1e300, 0).tails(1e-300).upper, 1);
   EXPECT_EQ(laws::Gamma(2, 1e-300, 0).tails(1e300).lower, 1);
   // A share of the scale, here 1e-400 and 3^1000, need not be a double.
+  EXPECT_NEAR(laws::Gamma(0.001, 1e300, 0).tails(1e-100).lower, 0.3983367031222318, 1e-15);
   const laws::Weibull wide(0.1, 1e300, 0);
   EXPECT_NEAR(wide.quantile(1e-40, 1) * 1e100, 1, 1e-12);
   EXPECT_NEAR(wide.tails(1e-100).lower * 1e40, 1, 1e-12);

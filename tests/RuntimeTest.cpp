@@ -225,6 +225,7 @@ TEST(Arithmetic, RaisesWhatTheRunTimeRaises) {
       {"ln inf", 6, [] { return Log(infinity); }},
       {"ln NaN", 6, [] { return Log(nan); }},
       {"sqrt -1", 5, [] { return Sqr(-1); }},
+      {"sqrt -inf", 6, [] { return Sqr(-infinity); }},
       {"sqrt -0", 0, [] { return Sqr(-0.0); }},
       {"sqrt inf", 6, [] { return Sqr(infinity); }},
       {"exp 710", 6, [] { return Exp(710); }},

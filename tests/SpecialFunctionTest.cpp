@@ -131,8 +131,8 @@ TEST(SpecialFunctions, InversesAtTheEndsOfTheirDomain) {
   }
   const struct {
     double a, p, q, x;
-  } gammas[] = {
-      {inf, 0.3, 0.7, inf}, {2, -0.1, 1.1, nan}, {2, 1.1, -0.1, nan}, {-1, 0.3, 0.7, nan}};
+  } gammas[] = {{inf, 0.3, 0.7, inf}, {2, -0.1, 1.1, nan}, {2, 1.1, -0.1, nan},
+                {-1, 0.3, 0.7, nan},  {2, nan, 0.7, nan},  {2, 0, 1, 0}};
   for (const auto& [a, p, q, x] : gammas) {
     const double found = m_Gamma::IncompleteGamma(a).quantile(p, q);
     EXPECT_TRUE(std::isnan(x) ? std::isnan(found) : found == x) << a << ' ' << p;
