@@ -3,6 +3,7 @@ if(CMAKE_CROSSCOMPILING)
   set(PALVEX_GOOGLETEST_SOURCE /usr/src/googletest CACHE PATH "GoogleTest's sources")
   set(INSTALL_GTEST OFF)
   add_subdirectory(${PALVEX_GOOGLETEST_SOURCE} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+  target_compile_options(gtest PRIVATE -O0)  # compiled oftener than run
 else()
   find_package(GTest REQUIRED)
   include(GoogleTest)

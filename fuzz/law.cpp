@@ -65,7 +65,7 @@ void run(FuzzedDataProvider& data) try {
   if ((type.name == "Gamma" || type.name == "Weibull") && !usual(given[0])) return;
   if (type.name == "Beta" && !(usual(given[0]) && usual(given[1]))) return;
   // One of the doubles about a quantile has the probability, unless this is too small a double.
-  if (low * law.keptProbability() < 1e-300 || std::isinf(q)) return;
+  if (std::min(low, 1 - low) * law.keptProbability() < 1e-300 || std::isinf(q)) return;
   const auto [start, end, startIncluded, endIncluded] = whole.support();
   const bool isNormal = type.name == "Normal" || type.name == "Johnson";  // which lie about a mean
   const double origin = isNormal ? given[0] : std::isinf(end) ? start : 0;
