@@ -47,11 +47,13 @@ Variant cellsOf(Object& range, std::int32_t width) {
   const double count = range.get("Count").toDouble();
   if (!(count >= 0 && count < std::numeric_limits<std::int32_t>::max())) raise(fault::overflow);
   const auto n = static_cast<std::int32_t>(count);
+  std::vector<Variant> read;  // grows with what there is, whatever the count says
+  for (std::int32_t i = 1; i <= n; ++i)
+    read.push_back(range.get("Cells", {i}).toObject()->get("Value"));
   const std::int32_t columns = n % width == 0 ? width : 1;
   Variant cells = Variant::array(n / columns, columns);
   for (std::int32_t i = 0; i < n; ++i) {
-    cells.at(i / columns + 1, i % columns + 1) =
-        range.get("Cells", {i + 1}).toObject()->get("Value");
+    cells.at(i / columns + 1, i % columns + 1) = std::move(read[static_cast<std::size_t>(i)]);
   }
   return cells;
 }
