@@ -1,6 +1,8 @@
 // The simulation library: what a run of the program (tests/simulation-check) does not reach.
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <atomic>
@@ -10,6 +12,20 @@
 
 #include "Allocation.h"
 #include "palvex/simulation.h"
+
+namespace {
+
+std::atomic<int> threadsLeft = 1000;  // that the system is to give
+
+}  // namespace
+
+extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                              void* (*start)(void*), void* argument) noexcept {
+  if (threadsLeft-- <= 0) return EAGAIN;
+  static const auto real =
+      reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
+  return real(thread, attributes, start, argument);
+}
 
 namespace palvex::simulation {
 namespace {
@@ -135,8 +151,18 @@ TEST(Simulation, BlocksWorkedOutElsewhereAndAnEarlyEnd) {
   options.helpers = {[](const Task&) -> Block { throw std::runtime_error("a cable was pulled"); }};
   EXPECT_THROW(run(model, settings, options), std::runtime_error);
 
-  // Ended after six blocks: as a run of that length.
+  // With threads that can not be started: on those that can.
   options.helpers.clear();
+  options.threads = 4;
+  for (const int given : {0, 2}) {
+    threadsLeft = given;
+    EXPECT_EQ(text(run(model, settings, options)), alone) << given;
+    EXPECT_LT(threadsLeft, 0);
+  }
+  threadsLeft = 1000;
+  options.threads = 1;
+
+  // Ended after six blocks: as a run of that length.
   std::uint64_t begun = 0;
   options.progress = [&](std::uint64_t done, std::uint64_t) { begun = done; };
   options.cancelled = [&] { return begun >= 6 * Simulation::blockTrials; };
