@@ -12,7 +12,7 @@ namespace palvex::simulation {
 
 /// How a simulation is run on this machine.
 struct RunOptions {
-  unsigned threads = 0;  ///< 0 for as many as the machine has
+  unsigned threads = 0;  ///< at most; 0 for as many as the machine has
   /// Called often, from any thread but never from two at once, with the trials done and all.
   std::function<void(std::uint64_t done, std::uint64_t all)> progress;
   /// Asked now and then, from any thread; true ends the run with the whole blocks done so far.

@@ -396,6 +396,7 @@ TEST(Law, TypesBeyondTheirEnds) {
   for (const double x : {1.0, 5.0}) expectDensity(laws::Uniform(1, 5), x, 0.25);
   EXPECT_EQ(laws::Beta(2, 2, 3, 3).density(4), 0);
   EXPECT_EQ(laws::Normal(3, 0).logDensity(3), 0);
+  EXPECT_EQ(laws::Normal(3, 0).tails(3).lower, 1);
   EXPECT_EQ(laws::Uniform(3, 3).logDensity(3), 0);
   EXPECT_EQ(laws::Triangular(3, 3, 3).logDensity(3), 0);
   EXPECT_EQ(laws::Triangular(3, 3, 3).logDensity(4), -infinity);
