@@ -4,9 +4,9 @@
 
 namespace palvex {
 
-/// x^a for x >= 0, to the last digit but one. The C library of MinGW multiplies where a is a whole
-/// number, which costs a large power its last digits (x^5000 three of them), so that there the
-/// longer type is asked.
+/// x^a for x >= 0, to the last digit but one. The C library of MinGW multiplies repeatedly for a
+/// whole a, which costs a large power its last digits (x^5000 three of them); there the power is
+/// computed as a long double.
 [[nodiscard]] inline double powerOf(double x, double a) noexcept {
 #ifdef __MINGW32__
   return static_cast<double>(std::pow(static_cast<long double>(x), static_cast<long double>(a)));

@@ -1,8 +1,8 @@
 #pragma once
 
 /// Constants of the published routines, to the digits with which they were entered there. They are
-/// not those of the header `<numbers>`: a routine's results are settled to the bit, and further
-/// digits would change the last ones.
+/// not those of the header `<numbers>`, because further digits would change the last bits of the
+/// routines' results.
 namespace palvex::published {
 
 inline constexpr double pi = 3.1415926535898;                      ///< pi to 14 digits

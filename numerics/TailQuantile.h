@@ -22,8 +22,9 @@ struct TailStep {
   double error;   ///< the size of the first term that is neglected
 };
 
-/// From a tail of this probability to the one that is asked for: the series, to the third order, of
-/// t as a function of ln P. One order beyond Halley's step at no further evaluation.
+/// The step in t from a tail to the one with the probability `target` > 0: the series, to the third
+/// order, of t as a function of ln P. This is one order beyond Halley's step and takes no further
+/// evaluation.
 inline TailStep tailStep(const Tail& tail, double target) noexcept {
   const double relative = (target - tail.probability) / tail.probability;
   const double logarithm = std::abs(relative) < 0.5 ? std::log1p(relative)
@@ -40,14 +41,14 @@ inline TailStep tailStep(const Tail& tail, double target) noexcept {
 }
 
 /// Moves a point until the tail there is `target`. ln P is concave in t, so that steps from the
-/// left never go too far, and those from the right are bounded; 100 steps at most.
+/// left never go too far; those from the right are kept within the bracket. 100 steps at most.
 /// @param tailAt  point -> Tail
 /// @param moved   (point, change of t) -> point
 template <class Point, class TailAt, class Moved>
 Point tailQuantile(Point point, double target, TailAt&& tailAt, Moved&& moved) noexcept {
   constexpr double infinity = std::numeric_limits<double>::infinity();
   constexpr double precision = std::numeric_limits<double>::epsilon() / 2;
-  double left = -infinity;  // how far from the point the quantile may be
+  double left = -infinity;  // the bracket of the quantile, in t from the point
   double right = infinity;
   double longest = 4;
   for (int steps = 0; steps < 100; ++steps) {

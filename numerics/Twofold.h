@@ -9,7 +9,7 @@ namespace palvex {
 /// hi + lo, lo being no more than the rounding of hi.
 struct Twofold {
   double hi;      ///< the number as one double
-  double lo = 0;  ///< what that leaves out
+  double lo = 0;  ///< the number less `hi`
 };
 
 /// a + b, exactly (D. E. Knuth, The Art of Computer Programming 2, 4.2.2).
@@ -53,7 +53,7 @@ struct Twofold {
   return {rounded, (1 - rounded) - x};
 }
 
-/// The relative change of x^a by the smaller part of x, as a logarithm.
+/// ln(x^a / x.hi^a), to the first order in x.lo.
 [[nodiscard]] inline double logOfRest(Twofold x, double a) noexcept {
   return a * (x.lo / x.hi);
 }

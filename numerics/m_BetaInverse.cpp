@@ -52,11 +52,11 @@ double carter(double a, double b, double z) {
 Fraction arcsine(double p, double q) {
   const double root = std::sin(std::min(p, q) * (std::numbers::pi / 2));
   const std::array<double, 2> parts{root * root, 1 - root * root};
-  const std::size_t x = p <= q ? 0 : 1;  // no jump that random numbers make unpredictable
+  const std::size_t x = p <= q ? 0 : 1;  // an index: a branch on a random p would be mispredicted
   return {parts[x], parts[1 - x]};
 }
 
-/// Whether the series x = u (1 + second u + ..) is near enough to its end after three terms.
+/// Whether three terms of the series x = u (1 + second u + ..) are a good start.
 bool isShort(double u, double second, double bound) {
   return u * (std::abs(second) + 0.3) <= bound && u < 0.9;
 }
@@ -120,7 +120,7 @@ Fraction InverseBeta::operator()(double p, double q) const noexcept {
                 .curvature = (side.a + side.b) * at.x * at.y};
   };
   Fraction first = start(side, sides_[mirrored ? 0 : 1], target, mirrored ? p : q);
-  if (!(first.x >= 0 && first.y >= 0)) first = {0.5, 0.5};  // shapes near the greatest double
+  if (!(first.x >= 0 && first.y >= 0)) first = {0.5, 0.5};  // shapes near the largest double
   if (first.x <= smallest) return mirrored ? Fraction{1, 0} : Fraction{0, 1};
   const Fraction found = tailQuantile(first, target, tailAt, moved);
   if (found.x <= smallest || found.y <= smallest) {

@@ -6,7 +6,7 @@
 
 namespace palvex::m_Beta {
 
-/// A point of the unit interval and its complement, each with all its digits.
+/// A point of the unit interval and its complement, each to full relative precision.
 struct Fraction {
   double x;  ///< in [0, 1]
   double y;  ///< 1 - x
@@ -22,8 +22,8 @@ struct Fraction {
 /// normal approximation or the bound of a tail, by third-order steps that use the density. It takes
 /// two or three evaluations of the ratio as a rule. For K = P/|x f(x)|, the condition number of x
 /// in the smaller of p and q, and likewise for y, the relative error of x and of y is at most 1e-13
-/// max(1, K) for shapes from 1e-2 to 1e5 and probabilities from 1e-300 on. What is
-/// below the normal doubles is 0.
+/// max(1, K) for shapes from 1e-2 to 1e5 and probabilities from 1e-300 on. Results below the
+/// smallest normal double are 0.
 class InverseBeta {
  public:
   /// @param a, b  > 0, infinity included
@@ -32,14 +32,15 @@ class InverseBeta {
   /// The ratio that is inverted.
   [[nodiscard]] const IncompleteBeta& ratio() const noexcept { return ratio_; }
 
-  /// The x with I_x(a, b) = p. Always ends; NaN for a NaN.
+  /// The x with I_x(a, b) = p. NaN for an argument that is NaN or negative. The iteration always
+  /// ends.
   /// @param p, q  >= 0, p + q = 1
   [[nodiscard]] Fraction operator()(double p, double q) const noexcept;
 
  private:
-  /// What a start from the left end takes from the shapes, or, for the other side, from the right.
+  /// What a starting value near one end of the unit interval needs of the shapes.
   struct Side {
-    double a;
+    double a;  // the shape that belongs to this end
     double b;
     double logScale;  // ln(a Beta(a, b))
     // x = u (1 + second u (1 + third u + ..)), a series in u = (a Beta(a, b) p)^(1/a)

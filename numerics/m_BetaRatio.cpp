@@ -17,13 +17,13 @@ using m_MathUtil::rlog1;
 
 namespace {
 
-constexpr double eps = 1e-15;  // the precision that the choice of method reckons with
+constexpr double eps = 1e-15;  // the relative precision that the choice of method assumes
 constexpr double precision = std::numeric_limits<double>::epsilon();
-/// From this shape on the asymptotic series of gamma ratios is used; a smaller one is made larger
-/// by so many steps of 1.
+/// From this shape on the asymptotic series of gamma ratios is used; a smaller shape is raised by
+/// `stepsToLarge` first (see stepSum).
 constexpr double largeShape = 15;
 constexpr int stepsToLarge = 20;
-/// Above it both shapes must be for the expansion around the mean.
+/// The expansion around the mean is used where both shapes are above this.
 constexpr double aroundMeanShape = 100;
 constexpr int patience = 20000;  // far beyond what any series here takes
 
@@ -207,11 +207,11 @@ Method& prepared(std::optional<Method>& method, Shapes... shapes) {
 namespace {
 
 /// Up to these magnitudes of the exponent, exp magnifies its rounding to 5e-15 and 1.3e-15 at most.
-/// The first reaches over the bulk of all shapes, the second over that of a power of x alone.
+/// The first covers the bulk of any beta law, the second that of a power of x alone.
 constexpr double smallExponent = 16;
 constexpr double smallHeadExponent = 4;
 
-/// x as its complement y tells it, if y is the smaller one and so the one with all digits.
+/// x, from its complement y where y is the smaller one and therefore the more precise.
 Twofold withAllDigits(double x, double y) {
   return x <= y ? Twofold{x} : complementOf(y, x);
 }
@@ -246,7 +246,7 @@ BetaPower::BetaPower(double a, double b)
     if (low <= 1) {
       base_ = high;
       powerOfBase_ = powerOf(base_, low);
-    } else {  // one over the mean, nearly, so that the logarithm is small around it
+    } else {  // nearly 1/mean, so that ln(base_ x) is small around the mean
       base_ = high / low;
       scale_ *= powerOf(low, low);
     }
@@ -555,7 +555,7 @@ Tails IncompleteBeta::smallShapes(Side& side, double x, double y) {
     if (x >= 0.3) return mirroredSeries();
     if (x < 0.1 && powerOf(x * b, a) <= 0.7) return series();
   }
-  // I_y(b, a), whose first shape is made large by steps of 1 where it is not.
+  // I_y(b, a), with its first shape raised by steps of 1 where it is not large.
   LargeShape& large = prepared(side.large, largeEnough(b), a);
   if (b > largeShape) return fromUpper(large.addedTo(0, y, x));
   const double first = power()(x, y) * (stepSum(b, a, y, stepsToLarge) / b);

@@ -22,8 +22,8 @@ struct BetaPoint {
 /// x^a y^b / Beta(a, b) for y = 1 - x, with everything in it that depends on the shapes alone.
 ///
 /// Relative error 5e-15 + 2e-16 K, K = |a - (a + b) x| / max(x, y) being the condition number in
-/// the smaller of x and y: where the exponent is large its rounding is kept out, as `exp` would
-/// magnify it.
+/// the smaller of x and y: where the exponent is large, the powers themselves are multiplied, as
+/// `exp` would magnify its rounding.
 class BetaPower {
  public:
   /// @param a, b  > 0, finite
@@ -159,22 +159,22 @@ class AroundMean {
 ///
 /// For K the condition number |u f'(u)/f| of a tail f in u, the smaller of x and y, the relative
 /// error of each tail is at most 2e-14 where K <= 100, 1e-12 + 4e-16 K elsewhere, for shapes from
-/// 1e-3 to 1e6 and tails down to 1e-300. Seen where K <= 100: 1.1e-14, near the mean of shapes
-/// above 1e4; 5e-15 in far tails.
+/// 1e-3 to 1e6 and tails down to 1e-300. The largest errors found where K <= 100: 1.1e-14, near the
+/// mean of shapes above 1e4; 5e-15 in far tails.
 class IncompleteBeta {
  public:
   /// @param a, b  > 0, infinity included
   IncompleteBeta(double a, double b)
       : a_(a), b_(b), sum_(sumOf(a, b)), sides_{Side{a, b}, Side{b, a}} {}
 
-  /// Both tails at x. Never NaN, never endless.
+  /// Both tails at x. Never NaN; always ends.
   /// @param x  0 < x < 1
   /// @param y  1 - x
   [[nodiscard]] Tails operator()(double x, double y) const { return tailsAt(x, y).tails; }
-  /// The same with the power in front of them.
+  /// The tails with the power x^a y^b / Beta(a, b), see BetaPower.
   [[nodiscard]] BetaPoint at(double x, double y) const;
   /// x^a y^b / Beta(a, b): see BetaPower.
-  /// @param x, y  shapes are finite
+  /// @param x, y  as above; both shapes must be finite
   [[nodiscard]] double power(double x, double y) const;
   /// ln Beta(a, b) of finite shapes, for the starts of iterations.
   [[nodiscard]] double logBeta() const;

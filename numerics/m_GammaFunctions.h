@@ -15,10 +15,9 @@ namespace palvex::m_Gamma {
 // Softw. 13 (1987) 318-319.
 
 /// The gamma function of a. 0 where it cannot be computed: a = 0, a negative integer, |a| >= 1000,
-/// a result beyond the double range. Error 6 for a NaN.
-/// Relative error 6e-15 for 0 < a < 15, 3e-16 (1 + |ln gamma(a)|) beyond. For a negative a above
-/// -15 it is up to 3e-6: the argument is reduced with the floor, to where the approximation is used
-/// outside its interval.
+/// a result beyond the double range. Error 6 for a NaN. Relative error 6e-15 for 0 < a < 15, 3e-16
+/// (1 + |ln gamma(a)|) beyond. For a negative a above -15 it is up to 3e-6: reduction by the floor
+/// leaves an argument outside the interval of the approximation.
 double gamma(double a, Line caller = Line::here());
 
 /// ln gamma(a) for a > 0. Relative error 1.6e-14 on (2.25, 10), where one factor more than needed
@@ -48,12 +47,12 @@ struct Ratio {
   double density;  ///< exp(-x) x^a / gamma(a)
 };
 
-/// The incomplete gamma ratios of one shape, with what they derive from it at any x. The routines
-/// below give the same bits for one of these as for the number, for less time. No call changes it:
-/// threads may share it.
+/// The incomplete gamma ratios of one shape, with all that depends on the shape alone. The routines
+/// below take one of these or a plain shape, with the same results bit for bit; with a prepared one
+/// they take less time. No call changes it: threads may share it.
 class IncompleteGamma {
  public:
-  /// @param a  any number; of use when > 0 and finite
+  /// @param a  any number; the members are meaningful for a > 0 and finite
   explicit IncompleteGamma(double a) noexcept;
 
   /// The shape.
@@ -63,15 +62,15 @@ class IncompleteGamma {
 
   /// The ratios at x >= 0, with the accuracy of `gratio`.
   [[nodiscard]] Ratio operator()(double x) const;
-  /// exp(-x) x^a / gamma(a) at x >= 0: relative error 2e-14 as long as |x - a| <= 100, whatever its
-  /// logarithm.
+  /// exp(-x) x^a / gamma(a) at x >= 0: relative error 2e-14 as long as |x - a| <= 100, however
+  /// large its logarithm is.
   [[nodiscard]] double power(double x) const;
-  /// Its logarithm at x > 0, also where the power is no double.
+  /// Natural logarithm of the power at x > 0, also where the power itself overflows or underflows.
   [[nodiscard]] double logPower(double x) const noexcept;
-  /// The x with P(a, x) = p and Q(a, x) = q: that of `gaminv`, and where this fails or is not
-  /// certain a safe search. Relative error 1e-13 max(1, K), K being the condition number in the
-  /// smaller of p and q, for shapes from 1e-3 to 1e7 and probabilities from 1e-300 on. 0 where it
-  /// is below the normal doubles; infinite for q = 0; NaN for what is no shape or probability.
+  /// The x with P(a, x) = p and Q(a, x) = q: by `gaminv`, or by a bracketed search where that fails
+  /// or is not certain. Relative error 1e-13 max(1, K), K being the condition number in the smaller
+  /// of p and q, for shapes from 1e-3 to 1e7 and probabilities from 1e-300 on. 0 where it is below
+  /// the normal doubles; infinite for q = 0; NaN for what is no shape or probability.
   /// @param p, q  >= 0, p + q = 1
   [[nodiscard]] double quantile(double p, double q) const noexcept;
 
@@ -88,13 +87,13 @@ class IncompleteGamma {
 /// P(a, x) into `ans` and Q(a, x) = 1 - P into `qans`: the probability below and above x of the
 /// gamma distribution with shape a.
 ///
-/// Each has the relative error 2e-14 where its condition number in x is at most 100 (6e-15 seen),
-/// and 5e-13 for shapes from 1e-3 to 1e7 and tails down to 1e-300; tails below 1e-304 are 0. An a x
-/// that underflows gives the limits (0, 1) for x <= a and (1, 0) for x > a.
+/// Each has the relative error 2e-14 where its condition number in x is at most 100 (6e-15 is the
+/// largest error found), and 5e-13 for shapes from 1e-3 to 1e7 and tails down to 1e-300; tails
+/// below 1e-304 are 0. A product a x that underflows gives the limits (0, 1) for x <= a and (1, 0)
+/// for x > a.
 /// @param shape  >= 0
-/// @param x      >= 0; shape and x not both 0 and not both infinite. An argument outside its range,
-/// or
-///               NaN, gives ans = 2 and leaves qans as it is
+/// @param x      >= 0; shape and x not both 0 and not both infinite. An argument
+///               outside its range, or NaN, gives ans = 2 and leaves qans as it is
 /// @param ind    the accuracy asked for: 0 full, 1 six digits, others three. All get the full one.
 void gratio(const IncompleteGamma& shape, double x, double& ans, double& qans, std::int16_t ind);
 /// The same for a plain shape, when one evaluation is all that is wanted.

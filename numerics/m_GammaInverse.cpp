@@ -129,7 +129,7 @@ Start largeShapeStart(double a, double p, double q) {
   return {x * (1 - (a * std::log(x) - x - rest) / (a - x)), false};
 }
 
-/// Improves x until P(a, x) = p, or Q(a, x) = q when `byQ`. Answers ierr.
+/// Improves x until P(a, x) = p, or Q(a, x) = q when `byQ`. Returns ierr of `gaminv`.
 std::int16_t iterate(const IncompleteGamma& shape, double& x, double p, double q, bool byQ) {
   constexpr double smallestProbability = 1e10 * std::numeric_limits<double>::min();
   constexpr std::int16_t uncertain = -8;
@@ -139,8 +139,9 @@ std::int16_t iterate(const IncompleteGamma& shape, double& x, double p, double q
     const Ratio at = shape(x);
     if (at.p == 0 || at.q == 0 || at.density == 0) return uncertain;
     const double t = (byQ ? q - at.q : at.p - p) / at.density;
-    // With f = P - p and the slope's own slopes known, the inverse function's series in t, to the
-    // third order: one order beyond Schroeder's step. `error` bounds the first neglected term.
+    // The derivatives of f = P - p all follow from the density, so that the series of the inverse
+    // function in t = f/(x f') is taken to the third order: one order beyond Schroeder's step.
+    // `error` bounds the first neglected term.
     const double slope = am1 - x;
     double change = t;
     double error = 1;

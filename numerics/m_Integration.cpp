@@ -91,7 +91,8 @@ double integrate(const std::function<double(double)>& f, std::span<const double>
     }
   };
   while (true) {
-    // What large panels left of themselves when they were subtracted is no part of the sums.
+    // Subtracting a large panel leaves its rounding error in the sums: where that may outweigh the
+    // panels, the sums are made anew.
     const bool stale = error > 2 * static_cast<double>(panels.size()) * panels.front().error;
     if (stale || settled()) sumAfresh();
     if (settled()) break;

@@ -11,7 +11,7 @@ namespace palvex::m_Integration {
 /// Adaptive Gauss-Kronrod quadrature (7 and 15 points): the piece with the largest error is halved
 /// until the sum of the errors is small enough. Method and error estimate: R. Piessens, E. de
 /// Doncker-Kapenga, C. W. Uberhuber, D. K. Kahaner, QUADPACK, Springer 1983.
-/// @param f       finite between the breaks; it is not asked at the breaks themselves
+/// @param f       finite between the breaks; it is never evaluated at the breaks themselves
 /// @param breaks  at least two, finite and increasing; f may be less smooth there
 /// @throws RuntimeError 6 where f is not finite, or so rough that 2000 pieces do not settle it
 double integrate(const std::function<double(double)>& f, std::span<const double> breaks);

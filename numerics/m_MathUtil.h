@@ -24,7 +24,7 @@ std::int32_t ipmpar(std::int32_t i, Line caller = Line::here());
 double spmpar(std::int16_t i);
 
 /// The largest (l = 0) or the most negative (any other l) argument for which exp neither overflows
-/// nor underflows, a hair inside the true range: 709.7756150662599 and -708.3893345680835.
+/// nor underflows, just inside the true range: 709.7756150662599 and -708.3893345680835.
 double exparg(std::int32_t l);
 
 /// The smaller value; b on a tie, a when one is NaN.
@@ -57,7 +57,7 @@ double rlog1(double x, Line caller = Line::here());
 /// exp(x) - 1. Relative error 5e-16; error 6 above 709.78.
 double rexp(double x, Line caller = Line::here());
 
-/// The same of a variant that holds a number; error 13 for any other content.
+/// The same for a variant that holds a number; error 13 for any other content.
 double rexp(const Variant& x, Line caller = Line::here());
 
 /// ln(1 + a) for a > -1. Relative error 5e-16 for |a| <= 0.375; beyond, that of the logarithm of

@@ -154,7 +154,7 @@ void dinvr(std::int16_t& status, double& x, double fx, Boolean& qleft, Boolean& 
       x = settings.big;
       return request(2, status);
     case 2:
-      // With 0 for f at small, no f at big rules out a root between.
+      // f at small counts as 0 here, so that no value of f at big excludes a root between.
       x = origin;
       return request(3, status);
     case 3:

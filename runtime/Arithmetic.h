@@ -4,7 +4,7 @@
 
 #include "runtime/RuntimeError.h"
 
-/// Arithmetic that raises what an automation run-time raises instead of carrying on with an
+/// Arithmetic that raises the error of an automation run-time where plain C++ carries on with an
 /// infinity or a NaN: 5 for an invalid argument, 6 for overflow, 11 for a division by zero.
 /// Underflow is no fault.
 namespace palvex {
@@ -16,14 +16,14 @@ inline double checked(double value, Line line = Line::here()) {
   return value;
 }
 
-/// Error 6 when `value` is NaN: an infinity still has limit values, this has none.
+/// Raises error 6 when `value` is NaN. An infinity passes: functions have limit values there.
 inline void refuseNaN(double value, Line line = Line::here()) {
   if (std::isnan(value)) [[unlikely]]
     raise(fault::overflow, line);
 }
 
-/// a / b; error 11 for a / 0, 6 for 0 / 0, for an a that has overflowed before, and for a quotient
-/// that is not finite.
+/// a / b; error 11 for b = 0 and a finite a other than 0; 6 for 0 / 0, for b = 0 and an a that is
+/// not finite, and for a quotient that is not finite.
 inline double Divide(double a, double b, Line line = Line::here()) {
   if (b == 0) [[unlikely]] {
     raise(a == 0 || !std::isfinite(a) ? fault::overflow : fault::divisionByZero, line);

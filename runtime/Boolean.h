@@ -7,7 +7,7 @@ namespace palvex {
 /// An automation Boolean: 16 bits, true is -1 and false 0.
 class Boolean {
  public:
-  /// Implicit, as is the conversion back, so that it serves wherever a bool does.
+  /// Implicit, like the conversion back, so that a Boolean can stand wherever a bool can.
   constexpr Boolean(bool value = false) noexcept
       : bits_(value ? std::int16_t{-1} : std::int16_t{0}) {}
   /// False for 0, true for anything else.

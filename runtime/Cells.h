@@ -16,13 +16,16 @@ namespace palvex {
 ///     const auto likely = std::make_shared<Cells>(1, 1);
 ///     likely->at(1) = 10;                                           // a cell to change later
 ///
-/// The engine reads the members "Application", "Address", "Value", "Count" and "Cells" and sees the
-/// contents of that moment. Not to be changed while another thread reads it.
+/// The engine reads the members "Application", "Address", "Value", "Count" and "Cells" each time
+/// anew, and so sees the contents as they are then. Not to be changed while another thread reads
+/// it.
 class Cells : public Object {
  public:
-  /// Empty cells, from 1 row and 1 column on; error 9 for fewer.
+  /// Empty cells.
+  /// @param rows, columns  at least 1; error 9 for fewer
   Cells(std::int32_t rows, std::int32_t columns);
-  /// Numbers row by row; error 9 unless they fill at least one row and all rows.
+  /// Numbers row by row, `columns` in each; error 9 unless there is at least one row and every row
+  /// is full.
   explicit Cells(std::span<const double> values, std::int32_t columns = 1);
 
   /// How many rows there are.

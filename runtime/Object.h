@@ -29,7 +29,8 @@ class Object {
                             Line line = Line::here());
 
  protected:
-  /// Reads a member. An override asks this one for the members that it does not know: error 438.
+  /// Reads a member. An override calls this base version for the members that it does not know; it
+  /// raises error 438.
   virtual Variant doGet(std::string_view member, const std::vector<Variant>& arguments);
 };
 

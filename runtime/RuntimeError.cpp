@@ -65,7 +65,7 @@ void RuntimeError::addToDescription(std::string_view text) noexcept {
   try {
     replaceState(source(), std::string(description()).append("\r\n").append(text));
   } catch (const std::bad_alloc&) {
-    // As above.
+    // The error itself matters more than a longer description.
   }
 }
 

@@ -89,8 +89,8 @@ class Variant {
   /// As a text: a number in its shortest form, "True" or "False", "" for empty; error 13 for a
   /// missing argument, an error value, an object and an array.
   [[nodiscard]] std::string toText(Line line = Line::here()) const;
-  /// The object; error 13 for anything else and for a null one. The caller shares it: a host may
-  /// empty this variant while the object answers.
+  /// The object; error 13 for anything else and for a null one. The caller shares its ownership,
+  /// because a host may empty this variant while the object answers.
   [[nodiscard]] std::shared_ptr<Object> toObject(Line line = Line::here()) const;
   /// The code of a worksheet error value; error 13 for anything else.
   [[nodiscard]] std::int32_t errorCode(Line line = Line::here()) const;
