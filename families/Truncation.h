@@ -32,7 +32,7 @@ struct Band {
 [[nodiscard]] inline Band wrappedWhere(const Limits& limits, Band band) noexcept {
   band.wrapped = limits.lower && limits.upper && band.lower > band.upper;
   band.whole = band.lower == 0 && band.upper == 1;
-  // A fault of this quotient is raised by the first draw: some draws never ask for it.
+  // A quotient that is not finite raises an error only in a draw that needs it: some draws do not.
   if (band.wrapped) band.split = band.upper / (1 - band.lower + band.upper);
   return band;
 }

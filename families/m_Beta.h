@@ -17,7 +17,7 @@ namespace palvex::m_Beta {
 /// The two shapes of a beta law with what is worked out from them alone, once, when an evaluation
 /// first needs it. The forms that take two plain shapes give the same results bit for bit.
 struct Shapes {
-  /// The routines below judge shapes that are not positive, each as it says.
+  /// Takes any shapes; each routine below says what it does with shapes that are not positive.
   Shapes(double firstShape, double secondShape)
       : alpha(firstShape), beta(secondShape), ratio(firstShape, secondShape) {}
 
@@ -32,7 +32,7 @@ struct Shapes {
 /// Density at u of the standard beta law on [0, 1]. At an end where it is infinite: error 5; where
 /// a power overflows: 6.
 double StdBetaPDF(double u, Shapes& shapes, Line caller = Line::here());
-/// The same for plain shapes, when one evaluation is all that is wanted.
+/// The same for plain shapes, for a single evaluation.
 inline double StdBetaPDF(double u, double alpha, double beta, Line caller = Line::here()) {
   Shapes shapes(alpha, beta);
   return StdBetaPDF(u, shapes, caller);
@@ -59,10 +59,9 @@ inline double BetaPDF(double x, double alpha, double beta, double minimum, doubl
 /// The incomplete beta ratio w = I_x(a, b) and its complement w1, each with its own relative
 /// accuracy (see IncompleteBeta). Never raises.
 /// @param y     1 - x
-/// @param ierr  0, or with w = w1 = 0: 1 for a negative or NaN shape, 2 for a = b = 0, 3 for x and
-/// 4
-///              for y outside [0, 1] or NaN, 5 for x + y other than 1, 6 for x = a = 0, 7 for
-///              y = b = 0
+/// @param ierr  0, or with w = w1 = 0: 1 for a negative or NaN shape, 2 for a = b = 0, 3 for x
+///              and 4 for y outside [0, 1] or NaN, 5 for x + y other than 1, 6 for x = a = 0, 7
+///              for y = b = 0
 void bratio(double a, double b, double x, double y, double& w, double& w1, std::int16_t& ierr);
 
 /// Both tails of the standard beta law at x: (0, 1) for x <= 0, (1, 0) for y <= 0, else `bratio`
@@ -91,7 +90,7 @@ std::int16_t cdfbet(double x, double y, IncompleteBeta& ratio, Tails& tails) noe
 /// - else both tails to full relative accuracy.
 /// @returns a number, or the text of the fault: x outside [0, 1], a shape <= 0 or NaN
 Variant BetaCDF(double x, Shapes& shapes, Boolean upper, Line caller = Line::here());
-/// The same for plain shapes, when one evaluation is all that is wanted.
+/// The same for plain shapes, for a single evaluation.
 inline Variant BetaCDF(double x, double alpha, double beta, Boolean upper,
                        Line caller = Line::here()) {
   Shapes shapes(alpha, beta);
@@ -103,11 +102,11 @@ inline Variant BetaCDF(double x, double alpha, double beta, Boolean upper,
 /// The x of [0, 1] where BetaCDF (lower tail) is p, by R. P. Brent's root finder (Algorithms for
 /// Minimization Without Derivatives, 1973, zeroin), to within tol.
 /// @param ier  0; 3: p outside [0, 1]; 4: a shape <= 0; 5: tol < 1e-8; 7: not
-///             ended after 100 iterations, x is the best point so far. x stays as it was with 3 to
-///             6
+///             ended after 100 iterations, x is the best point so far
+/// @param x    the solution; stays as it was with ier = 3, 4 and 5
 void PPFBET(double p, Shapes& shapes, double tol, std::int16_t& ier, double& x,
             Line caller = Line::here());
-/// The same for plain shapes, when one evaluation is all that is wanted.
+/// The same for plain shapes, for a single evaluation.
 inline void PPFBET(double p, double alpha, double beta, double tol, std::int16_t& ier, double& x,
                    Line caller = Line::here()) {
   Shapes shapes(alpha, beta);
@@ -118,7 +117,7 @@ inline void PPFBET(double p, double alpha, double beta, double tol, std::int16_t
 /// in closed form when a shape is 1, else by PPFBET with the tolerance 1e-8.
 /// @returns a number, or the text of PPFBET's fault
 Variant BetaINV(double p, Shapes& shapes, Boolean upper, Line caller = Line::here());
-/// The same for plain shapes, when one evaluation is all that is wanted.
+/// The same for plain shapes, for a single evaluation.
 inline Variant BetaINV(double p, double alpha, double beta, Boolean upper,
                        Line caller = Line::here()) {
   Shapes shapes(alpha, beta);

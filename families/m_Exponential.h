@@ -13,12 +13,12 @@ namespace palvex::m_Exponential {
 double density(double x, double lambda, double minimum, const Limits& limits,
                Line caller = Line::here());
 
-/// Probability of a value up to x: 1 - exp(-lambda (x - minimum)) as it is written, so with the
-/// absolute error 1e-16, and 0 where it is smaller; 0 for a rate <= 0.
+/// Probability of a value up to x, computed as 1 - exp(-lambda (x - minimum)): with the absolute
+/// error 1e-16, and 0 where it is smaller than that; 0 for a rate <= 0.
 double ExponentialCDF(double x, double lambda, double minimum, Line caller = Line::here());
 
-/// The x with probability p below it, from ln(1 - p) as it is written. 0 (not the minimum) for p <=
-/// 0 and for a rate <= 0; error 5 for p >= 1.
+/// The x with probability p below it, computed from ln(1 - p). 0 (not the minimum) for p <= 0 and
+/// for a rate <= 0; error 5 for p >= 1.
 double ExponentialINV(double p, double lambda, double minimum, Line caller = Line::here());
 
 /// Whether the value at p is the minimum whatever the limits, which then are not consulted.

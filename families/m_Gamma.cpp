@@ -50,7 +50,7 @@ Refusal judge(std::int16_t which, double p, double q, double x, double shape, do
   return {0, 0};
 }
 
-/// Mode 3 of cdfgam.
+/// cdfgam with which = 3.
 Refusal searchShape(double p, double q, double z, double& shape) {
   shape = 5;
   m_RootFinding::dstinv(lowestShape, greatestShape, 0.5, 0.5, 5, 1e-50, 1e-8);
@@ -70,7 +70,7 @@ Refusal searchShape(double p, double q, double z, double& shape) {
   return qleft ? Refusal{1, lowestShape} : Refusal{2, greatestShape};
 }
 
-/// Mode 1 of cdfgam, its arguments judged.
+/// cdfgam with which = 1, once its arguments are found good.
 std::int16_t probabilitiesAt(double x, const IncompleteGamma& shape, double scale, double& p,
                              double& q) {
   cumgam(scaled(x, scale), shape, p, q);
@@ -85,7 +85,7 @@ void cumgam(double x, const IncompleteGamma& a, double& cum, double& ccum, Line 
   cum = 0;
   ccum = 1;
   if (x <= 0) return;
-  ccum = 0;  // stays as it is where the ratio fails
+  ccum = 0;  // the answer where the ratio fails
   gratio(a, x, cum, ccum, 0);
 } catch (RuntimeError& error) {
   error.leave("m_Gamma.cumgam", caller);

@@ -15,7 +15,7 @@ namespace palvex::m_Gamma {
 /// P(a, x) into `cum` and Q(a, x) into `ccum`; 0 and 1 for x <= 0. Error 6 for a NaN.
 void cumgam(double x, const IncompleteGamma& a, double& cum, double& ccum,
             Line caller = Line::here());
-/// The same for a plain shape, when one evaluation is all that is wanted.
+/// The same for a plain shape, for a single evaluation.
 inline void cumgam(double x, double a, double& cum, double& ccum, Line caller = Line::here()) {
   cumgam(x, IncompleteGamma(a), cum, ccum, caller);
 }
@@ -62,7 +62,7 @@ bool densityHolds(double x, double shape, double scale, double location) noexcep
 /// for a shape <= 0. Empty for a rate <= 0. Error 6 for a NaN and when x rate overflows.
 Variant GammaCDF(double x, const IncompleteGamma& shape, double rate, Boolean upper,
                  Line caller = Line::here());
-/// The same for a plain shape, when one evaluation is all that is wanted.
+/// The same for a plain shape, for a single evaluation.
 inline Variant GammaCDF(double x, double shape, double rate, Boolean upper,
                         Line caller = Line::here()) {
   return GammaCDF(x, IncompleteGamma(shape), rate, upper, caller);
@@ -73,7 +73,7 @@ inline Variant GammaCDF(double x, double shape, double rate, Boolean upper,
 /// where `gaminv` fails; 5 for p outside [0, 1]; 11 for a rate of 0.
 double GammaINV(double p, const IncompleteGamma& shape, double rate, Boolean upper,
                 Line caller = Line::here());
-/// The same for a plain shape, when one evaluation is all that is wanted.
+/// The same for a plain shape, for a single evaluation.
 inline double GammaINV(double p, double shape, double rate, Boolean upper,
                        Line caller = Line::here()) {
   return GammaINV(p, IncompleteGamma(shape), rate, upper, caller);

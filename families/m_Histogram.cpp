@@ -62,7 +62,7 @@ bool isBlank(const Variant& cell) {
   return cell.isEmpty() || cell == Variant("");
 }
 
-/// Reads one cell of an entry; the fault of a cell that does not do.
+/// Reads one cell of an entry. Returns the fault of a bad cell, "" for a good one.
 std::string readNumber(const Variant& cell, bool isCount, double& number) {
   number = 0;
   if (cell.isError()) return "Error in cell value for Data Range.";
@@ -232,8 +232,8 @@ Arrays tabulate(const std::vector<Bin>& bins, double total) {
 
 // ---- searching ----
 
-/// The first of the numbers 0..n-1 for which `holds` is true, n when there is none; where it is
-/// true once it stays so.
+/// The first of the numbers 0..n-1 for which `holds` is true, n when there is none. `holds` must be
+/// true for all numbers after the first such.
 template <class Predicate>
 std::size_t firstThat(std::size_t n, Predicate&& holds) {
   std::size_t first = 0;
@@ -356,7 +356,7 @@ Band band(const Table& table, const Limits& limits, Line caller) try {
   checkBuilt(!table.empty());
   if (table.front()[0] == table.back()[1]) return {};
   Band kept = keptBand(limits, [&](double limit) { return HistogramCDF(limit, table); });
-  // Reversed limits in one gap have one probability, and still keep all there is.
+  // Reversed limits in one gap have the same probability, and still keep every value.
   kept.wrapped = limits.reversed();
   if (kept.wrapped) kept.split = kept.upper / (1 - kept.lower + kept.upper);
   return kept;
@@ -365,8 +365,8 @@ Band band(const Table& table, const Limits& limits, Line caller) try {
 }
 
 double value(double p, const Table& table, const Band& band, Line caller) try {
-  // Rounded, a probability may end up beyond the piece that the limits keep, and in a gap the
-  // smallest step beyond leads to its other side.
+  // By rounding, a probability may end up a little beyond the piece that the limits keep. Where the
+  // piece ends in a gap, the value would then lie on the far side of the gap.
   const double position = std::clamp(p, 0.0, 1.0);
   const double end = band.wrapped && position > band.split ? 1 : band.upper;
   const double q = std::min(band.probability(position), end);

@@ -13,7 +13,7 @@
 ///
 /// A bin's left edge belongs to it and its right edge does not, except the last one's. Every
 /// evaluation is a binary search. All routines raise error 9 for arrays that were never built, 6
-/// for an x or p that is no number; each adds its line to the trace of an error that passes it.
+/// for an x or p that is NaN; each adds its line to the trace of an error that passes it.
 namespace palvex::m_Histogram {
 
 /// The layouts of worksheet data that the builder knows.
@@ -37,8 +37,8 @@ struct Arrays {
 ///   as many as the larger of Sturges' number (J. Amer. Statist. Assoc. 21 (1926) 65-66) and
 ///   Freedman and Diaconis' (Z. Wahrsch. verw. Gebiete 57 (1981) 453-476), at most 1000.
 /// - "Data and Counts (2 cols)": a value and how often it occurs. Bins meet halfway between
-///   neighbouring values; the outer ones are symmetric about theirs. Values without occurrences
-///   count between others only.
+///   neighbouring values; the outer ones are symmetric about theirs. A value that occurs 0 times
+///   counts only between others.
 /// - "Bins and Counts (3 cols)": lower edge, upper edge, count, in any order; gaps are allowed.
 ///
 /// Wholly blank rows are skipped, where an empty text counts as blank; a blank count is 0.

@@ -56,7 +56,7 @@ void CalcJohnson(double mean, double stdDev, double skewness, double kurtosis,
                  JohnsonParams& params, Line caller = Line::here());
 
 /// Classifies the moments and fits the curve of their type. The arguments are those of CalcJohnson,
-/// then the fields of the record.
+/// then the fields of JohnsonParams.
 void JNSN(double mean, double stdDev, double skewness, double kurtosis, std::int16_t& typeCode,
           double& gamma, double& delta, double& lambda, double& xi, std::string& message,
           Line caller = Line::here());
@@ -68,7 +68,7 @@ void SUFIT(double mean, double stdDev, double skewness, double kurtosis, double&
 /// The SB curve of four moments below the lognormal line, by at most 50 Newton steps.
 /// @param sbFault  whether the fit failed; the constants then stay as they were, and `message` says
 ///                 why unless the iteration just did not converge
-/// Never raises: a run-time error inside it is such a failure.
+/// Never raises: a run-time error inside counts as such a failure.
 void SBFIT(double mean, double stdDev, double skewness, double kurtosis, double& gamma,
            double& delta, double& lambda, double& xi, Boolean& sbFault, std::string& message);
 
@@ -96,8 +96,8 @@ double density(double x, const JohnsonParams& params, Curve curve, const Limits&
 double untruncatedDensity(double x, const JohnsonParams& params, Curve curve,
                           Line caller = Line::here());
 
-/// Whether the logarithm of the SU density's deviate at x is defined: far below xi the sum that it
-/// is taken of rounds to 0.
+/// Whether the density at x can be computed: far below xi the argument of the logarithm in the SU
+/// deviate rounds to 0.
 bool densityHolds(double x, const JohnsonParams& params, Curve curve) noexcept;
 
 /// Probability of a value up to x; 0 everywhere for the normal type and for an SL curve with

@@ -241,7 +241,7 @@ Change change(const RawMoments& now, const RawMoments& before, double limit) {
 /// The sums of the trapezoidal series for one step width h, outwards from its middle w = g / d.
 /// Ends with `some` when the series is not exhausted after the permitted number of terms.
 Change trapezoidalSums(double w, double d, double h, RawMoments& a) {
-  constexpr int mostTerms = 10000;  // far beyond the dozens that a series takes: it must only end
+  constexpr int mostTerms = 10000;  // far beyond the dozens that a series takes
   constexpr double innerTolerance = 1.0e-8;
   constexpr double negligible = 23.7;  // 1 + exp(-23.7) is taken as 1
   const double step = Divide(std::numbers::sqrt2, d) * h;
@@ -285,8 +285,8 @@ Change trapezoidalSums(double w, double d, double h, RawMoments& a) {
 }  // namespace
 
 void SBMOM(double g, double d, RawMoments& mu, Boolean& sbFault, std::string& message) {
-  // The published limits, 80 for the exponent and 500 for the loops, fit a machine of its time. A
-  // double holds exp(700), and the loops' limits are only there so that they end.
+  // The published limits, 80 for the exponent and 500 for the loops, suit a machine of that time. A
+  // double can hold exp(700), and the limits here only make sure that the loops end.
   constexpr double greatestExponent = 700;
   constexpr int mostHalvings = 10000;
   constexpr double outerTolerance = 1.0e-5;

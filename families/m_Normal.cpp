@@ -165,7 +165,7 @@ Band band(double mean, double sd, const Limits& limits, Line caller) try {
 
 namespace {
 
-/// `value`, wherever p may lie.
+/// `value` for any p, with the handler for its errors.
 [[gnu::noinline, gnu::flatten]] double trappedValue(double p, double mean, double sd,
                                                     const Band& band, Line caller) try {
   if (sd == 0) return checked(mean);

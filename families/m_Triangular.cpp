@@ -49,7 +49,7 @@ double TriangularINV(double p, double minimum, double likely, double maximum, Li
   if (p <= 0) return minimum;
   if (p > 1) return maximum;
   // An index in place of a branch: a processor can not predict which side a random draw falls on,
-  // and a branch foretold wrongly costs more than the whole formula.
+  // and a mispredicted branch costs more than the whole formula.
   struct Side {
     double end, tail, width, sign;
   };

@@ -17,9 +17,8 @@ double density(double x, double shape, double scale, double minimum, const Limit
 /// Whether the terms of the untruncated density of a law at x stay in the range of doubles.
 bool densityHolds(double x, double shape, double scale, double minimum) noexcept;
 
-/// Probability of a value up to x: 1 - exp(-z^shape) as it is written, so with the absolute error
-/// 1e-16, and 0 where it is smaller; 0 for a
-/// shape or scale <= 0.
+/// Probability of a value up to x, computed as 1 - exp(-z^shape), z = (x - minimum)/scale: with the
+/// absolute error 1e-16, and 0 where it is smaller than that; 0 for a shape or scale <= 0.
 double WeibullCDF(double x, double shape, double scale, double minimum, Line caller = Line::here());
 
 /// The x with probability p below it; the minimum for p <= 0 and for a shape or scale <= 0. At

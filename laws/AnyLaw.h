@@ -10,8 +10,8 @@
 
 namespace palvex::laws {
 
-/// A law between limits, whatever its family: what stands behind a Law. Queries are as Law has
-/// them.
+/// A law between limits, whatever its family: the implementation behind a Law, which documents the
+/// queries.
 class AnyLaw {
  public:
   AnyLaw() = default;
@@ -43,9 +43,10 @@ class AnyLaw {
   [[nodiscard]] virtual double quantile(double p) const noexcept = 0;
   /// See Law::upperQuantile.
   [[nodiscard]] virtual double upperQuantile(double q) const noexcept = 0;
-  /// @param x  as long as p
+  /// See Law::quantiles.
+  /// @param x  as long as p; may be the same span
   virtual void quantiles(std::span<const double> p, std::span<double> x) const noexcept = 0;
-  /// Error 6 where they leave the range of doubles.
+  /// Mean and standard deviation. Error 6 where one leaves the range of doubles.
   [[nodiscard]] virtual Moments moments() const = 0;
 };
 

@@ -31,21 +31,22 @@ class Beta {
   [[nodiscard]] double standardDensity(double x) const noexcept;
   /// The density at x.
   [[nodiscard]] double density(double x) const noexcept;
-  /// Its logarithm, also where the density is no double.
+  /// Its natural logarithm, also where the density itself overflows or underflows.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
-  /// Works out what `tails` and `quantile` stand on; neither is asked before.
+  /// Works out what `tails` and `quantile` take from the shapes; to be called before either.
   void prepare();
   /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept;
-  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  /// The quantile: the value with the probability p up to it and q = 1 - p above it, worked out
+  /// from the smaller of the two.
   [[nodiscard]] double quantile(double p, double q) const noexcept;
 
   /// Mean and standard deviation of what the limits keep, in closed form; nothing where its terms
   /// would cancel.
   [[nodiscard]] std::optional<Moments> moments(const Limits& limits) const;
 
-  /// The same by numerical integration, which holds everywhere.
+  /// The same by numerical integration, accurate for any limits. Errors: see Moments.h.
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:
@@ -57,7 +58,7 @@ class Beta {
   double minimum_;
   double maximum_;
   Extent extent_;
-  std::shared_ptr<const m_Beta::InverseBeta> inverse_;  // too much to copy with the law
+  std::shared_ptr<const m_Beta::InverseBeta> inverse_;  // large: copies share it
 };
 
 }  // namespace palvex::laws

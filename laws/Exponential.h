@@ -18,10 +18,9 @@ class Exponential {
   /// [minimum, infinity)
   [[nodiscard]] Support support() const noexcept;
 
-  /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
-  /// the density does. Infinite at a pole.
+  /// The density at x, 0 below the minimum.
   [[nodiscard]] double density(double x) const noexcept;
-  /// Its logarithm, also where the density is no double.
+  /// Its natural logarithm, also where the density itself overflows or underflows.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
   /// The probabilities up to x and above it, each with its own relative accuracy.
@@ -30,9 +29,10 @@ class Exponential {
     const double z = lambda_ * (x - minimum_);
     return {-std::expm1(-z), std::exp(-z)};
   }
-  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  /// The quantile: the value with the probability p up to it and q = 1 - p above it, worked out
+  /// from the smaller of the two.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
-    // Only a small p has digits that q has lost.
+    // Only a small p has digits that the rounding of q = 1 - p has lost.
     return minimum_ - (p < 0.01 ? std::log1p(-p) : std::log(q)) / lambda_;
   }
 
@@ -40,7 +40,7 @@ class Exponential {
   /// no probability.
   [[nodiscard]] Moments moments(const Limits& limits) const;
 
-  /// The same by numerical integration, which holds everywhere.
+  /// The same by numerical integration, accurate for any limits. Errors: see Moments.h.
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:

@@ -15,7 +15,7 @@ struct Extent {
         upper(maximum * scale),
         width(upper - lower) {}
 
-  /// Which part of the width lies below x, and above it.
+  /// Which part of the width lies below x.
   [[nodiscard]] double below(double x) const noexcept { return (x * scale - lower) / width; }
   /// Which part of the width lies above x.
   [[nodiscard]] double above(double x) const noexcept { return (upper - x * scale) / width; }

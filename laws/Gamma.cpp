@@ -22,7 +22,7 @@ double Gamma::standardDensity(double x) const noexcept {
   if (x < minimum_) return 0;
   const double z = (x - minimum_) / scale_;
   if (z == 0) return shape_ < 1 ? std::numeric_limits<double>::infinity() : shape_ == 1;
-  // Beyond the doubles, or so near to 0 that the power is none.
+  // z overflows, or is so near to 0 that the power underflows.
   if (std::isinf(z) || (shape_ > 2 && z / shape_ == 0)) return 0;
   return prepared_.power(z) / z;
 }
@@ -34,7 +34,7 @@ double Gamma::density(double x) const noexcept {
 double Gamma::logDensity(double x) const noexcept {
   const double direct = density(x);
   const double z = (x - minimum_) / scale_;
-  const bool inside = z > 0 && std::isfinite(z);  // which is not so wherever x is
+  const bool inside = z > 0 && std::isfinite(z);  // z may overflow or underflow
   if (!inside || std::isnormal(direct)) return std::log(direct);
   return prepared_.logPower(z) - std::log(z) - std::log(scale_);
 }

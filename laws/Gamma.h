@@ -23,19 +23,20 @@ class Gamma {
   [[nodiscard]] double standardDensity(double x) const noexcept;
   /// The density at x.
   [[nodiscard]] double density(double x) const noexcept;
-  /// Its logarithm, also where the density is no double.
+  /// Its natural logarithm, also where the density itself overflows or underflows.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
   /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept;
-  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  /// The quantile: the value with the probability p up to it and q = 1 - p above it, worked out
+  /// from the smaller of the two.
   [[nodiscard]] double quantile(double p, double q) const noexcept;
 
   /// Mean and standard deviation of what the limits keep, in closed form; nothing where its terms
   /// would cancel.
   [[nodiscard]] std::optional<Moments> moments(const Limits& limits) const;
 
-  /// The same by numerical integration, which holds everywhere.
+  /// The same by numerical integration, accurate for any limits. Errors: see Moments.h.
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:

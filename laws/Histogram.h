@@ -16,7 +16,7 @@ namespace palvex::laws {
 /// bin without width is a point mass.
 class Histogram {
  public:
-  /// As worksheet data were tabulated.
+  /// From the arrays that m_Histogram made of worksheet data.
   explicit Histogram(const m_Histogram::Arrays& arrays);
   /// @param bins  lower edge, upper edge and density of each bin in turn
   explicit Histogram(const m_Histogram::DensityArray& bins);

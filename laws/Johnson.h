@@ -36,7 +36,7 @@ class Johnson {
   explicit Johnson(const m_Johnson::JohnsonParams& params)
       : Johnson(params, m_Johnson::curveOf(params.typeName)) {}
 
-  /// From end to end as stated above; the ends are no values.
+  /// The range stated above, without its ends.
   [[nodiscard]] Support support() const noexcept;
 
   /// The density of (x - xi)/lambda for an SU or SB curve: what `density` is before it is divided
@@ -44,12 +44,13 @@ class Johnson {
   [[nodiscard]] double standardDensity(double x) const noexcept;
   /// The density at x.
   [[nodiscard]] double density(double x) const noexcept;
-  /// Its logarithm, also where the density is no double.
+  /// Its natural logarithm, also where the density itself overflows or underflows.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
   /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept;
-  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  /// The quantile: the value with the probability p up to it and q = 1 - p above it, worked out
+  /// from the smaller of the two.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
     return fromDeviate(normalQuantile(p, q));
   }
@@ -65,15 +66,15 @@ class Johnson {
   };
 
   /// The moments that the curve really has, by quadrature over the normal deviate to a relative
-  /// 1e-10. Error 11 for a record without a curve.
+  /// 1e-10. Error 11 for constants without a curve.
   [[nodiscard]] CurveMoments curveMoments() const;
 
   /// Mean and standard deviation of what the limits keep, renormalised: in closed form (SB by
-  /// quadrature over the normal deviate), or nothing where that would lose digits. Error 11 for a
-  /// record without a curve.
+  /// quadrature over the normal deviate), or nothing where that would lose digits. Error 11 for
+  /// constants without a curve.
   [[nodiscard]] std::optional<Moments> moments(const Limits& limits) const;
 
-  /// The same by numerical integration, which holds everywhere.
+  /// The same by numerical integration, accurate for any limits. Errors: see Moments.h.
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:

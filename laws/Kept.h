@@ -13,16 +13,16 @@
 
 namespace palvex::laws {
 
-/// The limits as they take part: an infinite one on its own side is none.
+/// The limits that cut anything: -infinity as a lower limit and infinity as an upper one are left
+/// out.
 /// @throws std::invalid_argument for a NaN and for equal limits
 [[nodiscard]] Limits takingPart(Limits limits);
 
 /// Whether no value of the support is between the limits.
 [[nodiscard]] bool excludesAll(const Limits& limits, const Support& support) noexcept;
 
-/// What the limits keep of a law: one piece of its values, or two. Probabilities of pieces, like
-/// those up to a value, are differences of the tails that are smaller there, so that they hold in
-/// the far tails.
+/// What the limits keep of a law: one piece of its values, or two. Probabilities, of a piece or up
+/// to a value, are differences of the smaller tails, so that they stay accurate in the far tails.
 template <class TheLaw>
 class Kept final : public AnyLaw {
  public:
@@ -195,7 +195,8 @@ class Kept final : public AnyLaw {
   }
 
   void quantileBlocks(std::span<const double> p, std::span<double> x) const noexcept {
-    // The spans may be one and the same: arrays of its own let the compiler take several at a time.
+    // p and x may be the same memory; with local arrays the compiler can work on several values at
+    // once.
     std::array<double, blockSize> from;  // NOLINT: filled as far as it is read
     std::array<double, blockSize> to;    // NOLINT: likewise
     for (std::size_t start = 0; start < p.size(); start += blockSize) {
@@ -231,7 +232,7 @@ class Kept final : public AnyLaw {
   Support support_{};
   std::array<Piece, 2> pieces_{};
   std::size_t count_ = 0;
-  KeptPart part_{};  // the first piece, for quantiles of an only one
+  KeptPart part_{};  // the first piece, for quantiles when there is only one
   double probability_ = 0;
   double logProbability_ = 0;
 };

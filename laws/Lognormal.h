@@ -21,10 +21,9 @@ class Lognormal {
   /// (minimum, infinity)
   [[nodiscard]] Support support() const noexcept;
 
-  /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
-  /// the density does. Infinite at a pole.
+  /// The density at x, 0 at and below the minimum.
   [[nodiscard]] double density(double x) const noexcept;
-  /// Its logarithm, also where the density is no double.
+  /// Its natural logarithm, also where the density itself overflows or underflows.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
   /// The probabilities up to x and above it, each with its own relative accuracy.
@@ -32,7 +31,8 @@ class Lognormal {
     if (x <= minimum_) return {0, 1};
     return normalTails((std::log(x - minimum_) - location_) / scale_);
   }
-  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  /// The quantile: the value with the probability p up to it and q = 1 - p above it, worked out
+  /// from the smaller of the two.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
     return fromDeviate(normalQuantile(p, q));
   }
@@ -48,7 +48,7 @@ class Lognormal {
   /// would cancel.
   [[nodiscard]] std::optional<Moments> moments(const Limits& limits) const;
 
-  /// The same by numerical integration, which holds everywhere.
+  /// The same by numerical integration, accurate for any limits. Errors: see Moments.h.
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:

@@ -97,8 +97,8 @@ void KeptIntervals::add(double lower, double upper) {
 
 void Mixture::add(Piece piece) {
   if (piece.logMass == -infinity) return;
-  // The heavier piece stays put: moved all the way from a light one, it would be rounded to that
-  // one's distance.
+  // The mean is counted from the heavier piece: counted from a light one far away, it would be
+  // rounded to the precision of that distance.
   if (piece.logMass > whole_.logMass) std::swap(piece, whole_);
   const double gap = whole_.logMass - piece.logMass;
   const double share = 1 / (1 + std::exp(gap));
@@ -284,8 +284,9 @@ class PieceIntegrals {
     return first / mass_ * std::exp(peak);
   }
 
-  /// The standard deviation, where the mean is as `mean` gives it, with a unit that may make up for
-  /// what a multiple of it alone would lose to overflow.
+  /// The standard deviation, for the mean that `mean` gives. It is multiplied by `unit` here,
+  /// because the product may be in the range of doubles where the standard deviation in units
+  /// overflows.
   [[nodiscard]] double deviation(const Distances& distances, double mean, double unit) const {
     const double peak = highest(2, distances);
     const double second = m_Integration::integrate(

@@ -133,9 +133,9 @@ struct Bounds {
   double upper;     ///< the upper end, less `rest`
   double rest = 0;  ///< >= 0, less than the last digit of `upper`
 
-  /// Of lower + width.
+  /// The bounds `lower` and lower + width.
   static Bounds ofWidth(double lower, double width);
-  /// Distances of x from the ends, 0 at and beyond them.
+  /// Distance of x from the lower end, 0 at and below it.
   [[nodiscard]] double below(double x) const { return std::max(x - lower, 0.0); }
   /// Distance of x from the upper end, 0 beyond it.
   [[nodiscard]] double above(double x) const { return std::max(upper - x + rest, 0.0); }
@@ -170,7 +170,7 @@ Anchor anchorAt(double mode, double origin, const Interval& kept);
 /// The same for a law with two ends. The mode's distances from both are given.
 Anchor anchorWithin(const Bounds& ends, double modeBelow, double modeAbove, const Interval& kept);
 
-/// ln(a/b) for b > 0, the difference a - b being known more precisely.
+/// ln(a/b) for b > 0, with the help of `difference`, a more precise value of a - b.
 double logRatio(double a, double b, double difference);
 
 /// Values x as a function of the variable t of an integral, increasing; t = 0 is the anchor. All
@@ -179,7 +179,7 @@ class Scale {
  public:
   /// @param unit  > 0
   explicit Scale(double unit) : unit_(unit) {}
-  /// The ends count for a scale that has logarithms of the distances from them.
+  /// For a scale that knows the logarithms of the distances from the ends of the law.
   Scale(double unit, Point lowerEnd, Point upperEnd)
       : unit_(unit), lowerEnd_(lowerEnd), upperEnd_(upperEnd) {}
   Scale(const Scale&) = delete;
@@ -191,14 +191,14 @@ class Scale {
   [[nodiscard]] const Point& lowerEnd() const { return lowerEnd_; }
   /// The upper end of the law, infinity for none.
   [[nodiscard]] const Point& upperEnd() const { return upperEnd_; }
-  /// From the anchor.
+  /// Distance of the value at t from the anchor, negative below it.
   [[nodiscard]] virtual double distance(double t) const = 0;
   /// ln |distance(t)|, also where the distance exceeds the double range.
   [[nodiscard]] virtual double logDistance(double t) const = 0;
-  /// Logarithms of the distances from the ends of the law, where the scale has one. Values may
-  /// crowd there so closely that their distances from the anchor would all be one number.
+  /// ln of the distance from the lower end of the law; infinite without one. Values may crowd there
+  /// so closely that their distances from the anchor would all be one number.
   [[nodiscard]] virtual double logAboveLowerEnd(double) const { return infinity; }
-  /// ln of the distance from the upper end; infinite without one.
+  /// ln of the distance from the upper end of the law; infinite without one.
   [[nodiscard]] virtual double logBelowUpperEnd(double) const { return infinity; }
   /// A length in t on which the distance is smooth around the anchor.
   [[nodiscard]] virtual double length() const { return infinity; }
@@ -215,7 +215,7 @@ class Scale {
   Point upperEnd_{infinity, 0};
 };
 
-/// unit t
+/// The value at t is anchor + unit t.
 class LinearScale : public Scale {
  public:
   /// @param unit  > 0
@@ -226,8 +226,8 @@ class LinearScale : public Scale {
   [[nodiscard]] double position(const End& end) const { return end.fromAnchor / unit(); }
 };
 
-/// fromOrigin (exp(rate t) - 1): t runs over the logarithm of the distance from the law's origin,
-/// which is its lower end, in units of 1/rate.
+/// The value at t is anchor + fromOrigin (exp(rate t) - 1): t runs over the logarithm of the
+/// distance from the law's origin, which is its lower end, in units of 1/rate.
 class ExponentialScale : public Scale {
  public:
   /// @param fromOrigin  distance of the anchor from the origin, > 0
@@ -282,7 +282,7 @@ class LogisticScale : public Scale {
   double rate_;
 };
 
-/// unit (sinh(start + rate t) - sinh(start))
+/// The value at t is anchor + unit (sinh(start + rate t) - sinh(start)).
 class SinhScale : public Scale {
  public:
   /// @param start  arsinh of the anchor, in units from the centre

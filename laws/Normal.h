@@ -17,10 +17,9 @@ class Normal {
   /// The whole line; the mean alone without spread.
   [[nodiscard]] Support support() const noexcept;
 
-  /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
-  /// the density does. Infinite at a pole.
+  /// The density at x; of a point mass 1 at its value, else 0.
   [[nodiscard]] double density(double x) const noexcept;
-  /// Its logarithm, also where the density is no double.
+  /// Its natural logarithm, also where the density itself overflows or underflows.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
   /// The probabilities up to x and above it, each with its own relative accuracy.
@@ -28,7 +27,8 @@ class Normal {
     if (sd_ == 0) return x < mean_ ? Tails{0, 1} : Tails{1, 0};
     return normalTails((x - mean_) / sd_);
   }
-  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  /// The quantile: the value with the probability p up to it and q = 1 - p above it, worked out
+  /// from the smaller of the two.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
     return fromDeviate(normalQuantile(p, q));
   }
@@ -39,7 +39,7 @@ class Normal {
   /// would cancel.
   [[nodiscard]] std::optional<Moments> moments(const Limits& limits) const;
 
-  /// The same by numerical integration, which holds everywhere.
+  /// The same by numerical integration, accurate for any limits. Errors: see Moments.h.
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:

@@ -2,8 +2,9 @@
 
 #include <array>
 
-// Compiled twice, for any processor and for one with AVX2; the loader takes what the machine has.
-// Sums and products are the same in both. Thread and address sanitizers do not know such functions.
+// Compiled twice, for any processor and for one with AVX2; the loader takes the one that suits the
+// machine. Both do the same sums and products, so that results agree bit for bit. The thread and
+// address sanitizers do not support such functions.
 #if defined(__GNUC__) && !defined(__clang__) && defined(__x86_64__) && defined(__linux__) && \
     !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
 #define PALVEX_FOR_EACH_PROCESSOR [[gnu::target_clones("avx2", "default")]]
@@ -46,7 +47,7 @@ PALVEX_FOR_EACH_PROCESSOR void centralBlock(const KeptPart& part, const double* 
   }
 }
 
-/// The deviates of r = sqrt(-ln tail), whose squares come in.
+/// The deviates of r = sqrt(-ln tail). On entry `r` holds the squares.
 PALVEX_FOR_EACH_PROCESSOR void tailBlock(double* __restrict r, double* __restrict z,
                                          std::size_t n) noexcept {
   for (std::size_t i = 0; i < n; ++i) {
@@ -60,7 +61,8 @@ PALVEX_FOR_EACH_PROCESSOR void tailBlock(double* __restrict r, double* __restric
 void deviateBlock(const KeptPart& part, const double* p, double* z, std::size_t n) noexcept {
   std::array<double, blockSize> centred;  // NOLINT: filled as far as it is read
   centralBlock(part, p, centred.data(), z, n);
-  // The others are collected without a branch that nobody could predict, and worked on together.
+  // The positions in the tails are collected, without a branch that the processor could not
+  // predict, and worked on together.
   std::array<std::size_t, blockSize> place;  // NOLINT: likewise
   std::size_t tails = 0;
   for (std::size_t i = 0; i < n; ++i) {

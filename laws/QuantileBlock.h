@@ -8,7 +8,7 @@
 #include "laws/Triangular.h"
 #include "laws/Uniform.h"
 
-/// Quantiles of one piece of a law, alone or many at once: to the same bits.
+/// Quantiles of one piece of a law, one by one or many at once, with the same results bit for bit.
 namespace palvex::laws {
 
 /// A piece that limits keep: the probabilities below and above it, its own, and its outermost
@@ -20,7 +20,6 @@ struct KeptPart {
   double least;        ///< its first value
   double greatest;     ///< its last value
 
-  // The tails of the whole law at the position p = 1 - q: sums, so nothing cancels.
   /// The tail of the whole law below the position p of the piece: a sum, so nothing cancels.
   [[nodiscard]] double lowerTail(double p) const noexcept { return below + p * probability; }
   /// The tail above the position 1 - q, likewise.

@@ -33,7 +33,7 @@ double Triangular::density(double x) const noexcept {
   if (!(minimum_ <= x && x <= maximum_)) return 0;
   if (maximum_ == minimum_) return 1;
   const double part = x >= likely_ && likely_ != maximum_ ? partAbove(x) : partBelow(x);
-  // The height of the smallest widths is infinite.
+  // With the smallest widths the height is infinite, and 0 times it undefined.
   return part == 0 ? 0 : part * (2 / extent_.width / extent_.unit);
 }
 

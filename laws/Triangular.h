@@ -26,15 +26,15 @@ class Triangular {
   /// [minimum, maximum]
   [[nodiscard]] Support support() const noexcept;
 
-  /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
-  /// the density does. Infinite at a pole.
+  /// The density at x, 0 outside the bounds; of a point mass 1 at its value.
   [[nodiscard]] double density(double x) const noexcept;
-  /// Its logarithm, also where the density is no double.
+  /// Its natural logarithm, also where the density itself overflows or underflows.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
   /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept;
-  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  /// The quantile: the value with the probability p up to it and q = 1 - p above it, worked out
+  /// from the smaller of the two.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
     // Of the side's own probability the part u lies beyond the value and t towards `likely`. The
     // value is counted from the nearer of the side's ends.
@@ -42,7 +42,8 @@ class Triangular {
     const double share = isBelow ? shareBelow_ : shareAbove_;
     const double otherShare = isBelow ? shareAbove_ : shareBelow_;
     const double u = (isBelow ? p : q) / share;
-    // Of a difference of two probabilities a much smaller side would have few digits.
+    // On a side that is much the smaller, the difference of the two probabilities would have few
+    // digits.
     const double t = otherShare < 8 * share ? ((isBelow ? q : p) - otherShare) / share : 1 - u;
     const double root = std::sqrt(u);
     const double side = extent_.width * (isBelow ? share : -share);
@@ -55,7 +56,7 @@ class Triangular {
   /// no probability.
   [[nodiscard]] Moments moments(const Limits& limits) const;
 
-  /// The same by numerical integration, which holds everywhere.
+  /// The same by numerical integration, accurate for any limits. Errors: see Moments.h.
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:

@@ -18,10 +18,9 @@ class Uniform {
   /// [minimum, maximum]
   [[nodiscard]] Support support() const noexcept;
 
-  /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
-  /// the density does. Infinite at a pole.
+  /// The density at x, 0 outside the bounds; of a point mass 1 at its value.
   [[nodiscard]] double density(double x) const noexcept;
-  /// Its logarithm, also where the density is no double.
+  /// Its natural logarithm, also where the density itself overflows or underflows.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
   /// The probabilities up to x and above it, each with its own relative accuracy.
@@ -30,7 +29,8 @@ class Uniform {
     if (x < minimum_) return {0, 1};
     return {extent_.below(x), extent_.above(x)};
   }
-  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  /// The quantile: the value with the probability p up to it and q = 1 - p above it, worked out
+  /// from the smaller of the two.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
     return extent_.unit *
            ((p < q ? extent_.lower : extent_.upper) + extent_.width * (p < q ? p : -q));
@@ -40,7 +40,7 @@ class Uniform {
   /// no probability.
   [[nodiscard]] Moments moments(const Limits& limits) const;
 
-  /// The same by numerical integration, which holds everywhere.
+  /// The same by numerical integration, accurate for any limits. Errors: see Moments.h.
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:

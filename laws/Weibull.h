@@ -20,23 +20,24 @@ class Weibull {
   /// [minimum, infinity)
   [[nodiscard]] Support support() const noexcept;
 
-  /// The density at x, from logarithms and ratios, which do not leave the range of doubles before
-  /// the density does. Infinite at a pole.
+  /// The density at x, 0 below the minimum and, with a shape below 1, infinite at it. Worked out
+  /// from logarithms, which do not leave the range of doubles before the density does.
   [[nodiscard]] double density(double x) const noexcept;
-  /// Its logarithm, also where the density is no double.
+  /// Its natural logarithm, also where the density itself overflows or underflows.
   [[nodiscard]] double logDensity(double x) const noexcept;
 
   /// The probabilities up to x and above it, each with its own relative accuracy.
   [[nodiscard]] Tails tails(double x) const noexcept {
     if (x <= minimum_) return {0, 1};
     const double z = (x - minimum_) / scale_;
-    // With the smallest shapes a z that is too small or too great for a double has its probability.
+    // With very small shapes the tails matter even where z is too small or too large for a double.
     const double power = std::isnormal(z) ? powerOf(z, shape_) : std::exp(shape_ * logShare(x));
     return {-std::expm1(-power), std::exp(-power)};
   }
-  /// The value with the probability p up to it and q = 1 - p above it, solved in the smaller one.
+  /// The quantile: the value with the probability p up to it and q = 1 - p above it, worked out
+  /// from the smaller of the two.
   [[nodiscard]] double quantile(double p, double q) const noexcept {
-    // Only a small p has digits that q has lost.
+    // Only a small p has digits that the rounding of q = 1 - p has lost.
     const double power = p < 0.01 ? -std::log1p(-p) : -std::log(q);
     const double z = powerOf(power, 1 / shape_);
     if (std::isnormal(z)) return minimum_ + scale_ * z;
@@ -47,11 +48,11 @@ class Weibull {
   /// would cancel.
   [[nodiscard]] std::optional<Moments> moments(const Limits& limits) const;
 
-  /// The same by numerical integration, which holds everywhere.
+  /// The same by numerical integration, accurate for any limits. Errors: see Moments.h.
   [[nodiscard]] Moments integratedMoments(const Limits& limits) const;
 
  private:
-  /// log z, which leaves the range of doubles later than z does.
+  /// ln z, also where z itself overflows or underflows.
   [[nodiscard]] double logShare(double x) const noexcept {
     return std::log(x - minimum_) - std::log(scale_);
   }

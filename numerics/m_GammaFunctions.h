@@ -96,7 +96,7 @@ class IncompleteGamma {
 ///               outside its range, or NaN, gives ans = 2 and leaves qans as it is
 /// @param ind    the accuracy asked for: 0 full, 1 six digits, others three. All get the full one.
 void gratio(const IncompleteGamma& shape, double x, double& ans, double& qans, std::int16_t ind);
-/// The same for a plain shape, when one evaluation is all that is wanted.
+/// The same for a plain shape, for a single evaluation.
 inline void gratio(double a, double x, double& ans, double& qans, std::int16_t ind) {
   gratio(IncompleteGamma(a), x, ans, qans, ind);
 }
@@ -115,7 +115,7 @@ inline void gratio(double a, double x, double& ans, double& qans, std::int16_t i
 ///              certain: p or q below 2.2e-298, or x beyond the double range
 void gaminv(const IncompleteGamma& shape, double& x, double x0, double p, double q,
             std::int16_t& ierr, Line caller = Line::here());
-/// The same for a plain shape, when one evaluation is all that is wanted.
+/// The same for a plain shape, for a single evaluation.
 inline void gaminv(double a, double& x, double x0, double p, double q, std::int16_t& ierr,
                    Line caller = Line::here()) {
   gaminv(IncompleteGamma(a), x, x0, p, q, ierr, caller);
