@@ -18,7 +18,8 @@ HRESULT codeOf(std::int32_t number) noexcept {
   return MAKE_HRESULT(SEVERITY_ERROR, FACILITY_CONTROL, number & 0xFFFF);
 }
 
-/// Leaves source and description for the caller. Without memory for them the number must do.
+/// Leaves source and description in the thread's error object. When memory is short, only the
+/// number is returned.
 HRESULT publish(const RuntimeError& error) noexcept {
   SetErrorInfo(0, nullptr);
   try {
@@ -86,7 +87,7 @@ HRESULT currentFailure() noexcept {
     } catch (...) {
       return publish(RuntimeError(internalError, "Internal error"));
     }
-  } catch (...) {  // no memory to speak of the failure
+  } catch (...) {  // no memory to describe the failure
     SetErrorInfo(0, nullptr);
     return codeOf(fault::outOfMemory);
   }

@@ -10,13 +10,14 @@
 
 namespace palvex::component {
 
-/// A failure of the automation layer itself, which leaves as this very code and needs no words.
+/// A failure of the automation layer itself, returned as this code without an error object.
 struct Refused {
   HRESULT code;
 };
 
 /// The run-time error number of a failure code: 0x800A0000 + number is that number, well-known
-/// automation failures are what a run-time makes of them, any other code stays as it is.
+/// automation failures become the number that a run-time has for them, any other code stays as it
+/// is.
 [[nodiscard]] std::int32_t errorNumber(HRESULT code) noexcept;
 
 /// Raises the run-time error of a failure code, for a lack of memory std::bad_alloc; does nothing

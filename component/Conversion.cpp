@@ -136,7 +136,7 @@ Variant scalar(const VARIANT& given) {
     case VT_EMPTY:
       return {};
     case VT_NULL:
-      return Variant::missing();  // as little a number or a text as a left-out argument
+      return Variant::missing();  // neither a number nor a text, like one that was left out
     case VT_BSTR:
       return utf8FromBstr(V_BSTR(&given));
     case VT_BOOL:

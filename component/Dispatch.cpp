@@ -101,7 +101,7 @@ struct TextByReference {};
 template <class Kind>
 struct Optional {};
 
-/// An argument in the form that the method takes it, valid as long as this object.
+/// An argument in the form in which the method takes it; the form lives as long as this object.
 template <class Kind>
 class Argument {
  public:
@@ -135,7 +135,7 @@ class Argument<Any> {
   VARIANT content_;  // the caller's, who owns it for the time of the call
 };
 
-/// A left-out truth is false.
+/// A truth value that was left out is false.
 template <>
 class Argument<Optional<Truth>> {
  public:
@@ -366,7 +366,8 @@ const Access& accessOf(const Member& member, WORD flags) {
   return access;
 }
 
-/// Tells the caller of IDispatch::Invoke what a method told through its code and error object.
+/// Hands the caller of IDispatch::Invoke a method's failure: its code and the thread's error
+/// object.
 HRESULT raised(HRESULT code, EXCEPINFO* exception) {
   if (exception == nullptr) return code;
   *exception = {};

@@ -36,7 +36,8 @@ HRESULT answer(Result* result, Question&& question) noexcept {
   return guarded([&] { give(*result, question()); });
 }
 
-/// An interface, or information that is made for the caller, handed out with a reference.
+/// Hands the caller an interface with a reference of its own; null and a failure code where there
+/// is none.
 template <class Interface, class Source>
 HRESULT handOut(Interface** result, Source&& source) noexcept {
   if (result == nullptr) return E_POINTER;
@@ -75,7 +76,7 @@ STDMETHODIMP_(ULONG) Distribution::AddRef() {
 STDMETHODIMP_(ULONG) Distribution::Release() {
   const ULONG left = --references_;
   if (left == 0) {
-    ++references_;  // what the object holds may hold it in turn and let go of it now
+    ++references_;  // what is released below may release this object, once more
     delete this;
   }
   return left;
@@ -123,7 +124,7 @@ HRESULT Distribution::assign(Variant& variable, OwnedVariant& given,
   return guarded([&] {
     OwnedVariant copy = copyOf(value);
     Variant converted = fromAutomation(copy.get());
-    // What was there before goes last: an object that is released may call back.
+    // The former content is released last: an object that is released may call back.
     std::swap(variable, converted);
     std::swap(given, copy);
   });

@@ -1,4 +1,5 @@
-// The doors of the DLL: the class factory, registration, and whether it may be unloaded.
+// The exported functions of the DLL: the class factory, registration, and whether it may be
+// unloaded.
 
 #define INITGUID  // this file holds the identifiers of the type library
 #include <string_view>

@@ -38,7 +38,7 @@ class Key {
                             &key.handle_, nullptr));
     return key;
   }
-  /// Not there: a key that `exists` not.
+  /// For a key that is not there, one whose `exists` is false.
   static Key open(HKEY parent, const std::wstring& path) noexcept {
     Key key;
     if (RegOpenKeyExW(parent, path.c_str(), 0, KEY_READ | KEY_WRITE | DELETE, &key.handle_) !=
@@ -153,7 +153,7 @@ void registerComponent(Scope scope) {
     try {
       unregisterComponent(scope);
     } catch (...) {
-      // The first failure is the one to tell.
+      // The first failure is the one to report.
     }
     throw;
   }

@@ -19,7 +19,8 @@ std::string recordText(const Variant& limit) {
 
 }  // namespace
 
-// A cell that answers may set another type: a member goes on with the one it began with.
+// Reading a cell runs code of the host, which may set another type: a member goes on with the one
+// that it began with.
 
 double c_Distribution::pdf(double x, bool noTruncation, const Variant& priorX) try {
   const Family* const family = family_;
@@ -114,7 +115,7 @@ void c_Distribution::addDraw(RuntimeError& error, double rndP, const Variant& lo
   error.addToDescription("RandVal: (" + numberText(rndP) + parameterRecord(3) + "," +
                          recordText(lower) + "," + recordText(upper) + ")");
 } catch (const std::bad_alloc&) {
-  // As above.
+  // The error itself matters more than its record.
 }
 
 }  // namespace palvex

@@ -115,7 +115,7 @@ using WithGamma = Members<ShapesAndNumbers<m_Gamma::IncompleteGamma, 1, 3>>;
 using WithCurve = Members<FittedCurve>;
 using WithTable = Members<CumulativeTable>;
 
-/// The law that is made of what is handed.
+/// The law made from the numbers that `Handed` selects.
 template <class Law, class Handed>
 struct Lawful {
   static Law of(const Values& v) {

@@ -91,7 +91,8 @@ class Parameters {
   std::size_t count_;
 };
 
-/// A cell of a table that does not compile without it. Used as the T it holds.
+/// A field that a row of a table must not leave out: without it the row does not compile. It serves
+/// as the T that it holds.
 template <class T>
 class Cell {
  public:
@@ -109,7 +110,7 @@ class Cell {
   T value_;
 };
 
-/// The textbook law of a type (see laws/), in the form in which c_Distribution asks it.
+/// The textbook law of a type (see laws/), in the form in which c_Distribution uses it.
 struct LawOfType {
   /// The law between limits, for parameters that validation lets pass.
   /// @throws std::invalid_argument for limits that keep no probability, and for a fit without a
@@ -125,8 +126,7 @@ struct LawOfType {
   /// gaps.
   bool (*keepsNothing)(const Values&, const Limits&);
   /// Mean and standard deviation of what the limits keep, for parameters within their demands and a
-  /// support with a width: in closed form, or nothing where that would lose digits; and by
-  /// numerical integration.
+  /// support with a width: in closed form, or nothing where that would lose digits.
   std::optional<laws::Moments> (*moments)(const Values&, const Limits&);
   /// The same by numerical integration, which holds everywhere.
   laws::Moments (*integratedMoments)(const Values&, const Limits&);
@@ -169,7 +169,7 @@ struct Family {
   /// Whether the value at p is the same whatever the limits, which then are not consulted at all.
   /// Null where the limits always count.
   Cell<bool (*)(const Values&, double p)> ignoresLimits;
-  /// What Law, plot range and moments ask.
+  /// The textbook law, for Law, the plot range and the moments.
   Cell<LawOfType> law;
 
   /// Whether each parameter meets its demand.

@@ -31,7 +31,7 @@ double c_Distribution::XMax(double numSD) const try {
 }
 
 std::pair<double, double> c_Distribution::plotRange(double numSD, Line caller) const try {
-  const Family* const family = family_;  // a cell that answers may set another one
+  const Family* const family = family_;  // reading a cell may set another one
   if (family == nullptr) return {0, 0};
   return with(*this, *family, [&](const Values& values) {
     return plotRange(*family, values, numSD > 0 ? numSD : defaultNumSD);
@@ -89,13 +89,13 @@ class GraphDensity {
   double operator()(double x, const Limits& limits, const Variant& priorX, Line line) const {
     if (!stable_) return family_.density(values_, x, limits, priorX, line);
     if (isPole(x)) return limits.cut(x) ? 0 : (*this)(inside(x, line), {}, priorX, line);
-    // Whether the formula holds is asked first, where it often does not: an error for each point
-    // would take a hundred times as long.
+    // Whether the formula stays in the range of doubles is tested first: an exception for each
+    // point would take a hundred times as long.
     if (family_.densityHolds == nullptr || family_.densityHolds(values_, x)) {
       try {
         return family_.density(values_, x, limits, priorX, line);
       } catch (const RuntimeError&) {
-        // The stable form it is.
+        // The stable form answers below.
       }
     }
     return limits.cut(x) ? 0 : checked(stable_(x), line);
@@ -129,7 +129,7 @@ void c_Distribution::CreateGraphData(double graphXmin, double graphXmax, bool no
   if (!(graphXmin < graphXmax)) raise(fault::invalidCall);
   checked(graphXmin);
   checked(graphXmax);
-  const Family* const family = family_;  // a cell that answers may set another one
+  const Family* const family = family_;  // reading a cell may set another one
   const Limits limits = noTruncation ? Limits{} : currentLimits();
 
   constexpr std::size_t usualPoints = 101;

@@ -271,7 +271,7 @@ Law makeLaw(std::string_view type, std::span<const Variant> parameters, const Va
     return Law(pertLaw(distribution.kept_.p, distribution.staticLimits_));
   }
   if (type == "LognormalMean") {
-    // Types that ask the same of a mean, a standard deviation and a minimum.
+    // These types make the same demands on a mean and a standard deviation, and on a minimum.
     const std::array moments{given(0), given(1), Variant(0), Variant(3)};
     validate("Johnson", moments, {}, {});
     const auto [mean, sd, skewness, kurtosis] = distribution.kept_.p;
@@ -294,7 +294,7 @@ Law makeLaw(std::string_view type, std::span<const Variant> parameters, const Va
 
 Law c_Distribution::law() const {
   if (!paramsOk_) throw std::logic_error("A law needs parameters that ParamsOK has let pass.");
-  const Family* const family = family_;  // a cell that answers may set another one
+  const Family* const family = family_;  // reading a cell may set another one
   const Limits limits = currentLimits();
   if (!Dynamic || family->readsFit) {
     return Law(family->law->between(family->name, kept_, limits));

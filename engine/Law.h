@@ -20,14 +20,14 @@ class AnyLaw;
 }
 
 /// A probability law as a textbook means it, whole or between limits: unlike the members of
-/// c_Distribution, whose settled results it does not share where these differ.
+/// c_Distribution, whose results differ from it in the places that docs/departures.md lists.
 ///
 /// A value: copies are cheap and may be used on several threads at once, and no query changes
 /// anything, allocates (but for `mean` and `sd`) or throws. Whatever the limits cut away, results
 /// are as accurate as those of the whole law, down to tails as small as the smallest normal double.
 ///
-/// The constructors throw std::invalid_argument with the sentence that c_Distribution::ParamsOK has
-/// for the fault.
+/// The functions that make a law throw std::invalid_argument with the sentence that
+/// c_Distribution::ParamsOK has for the fault.
 class Law {
  public:
   /// The normal law.
@@ -57,7 +57,7 @@ class Law {
   /// minimum + shape scale.
   /// @param shape,scale  > 0
   [[nodiscard]] static Law gamma(double shape, double scale, double minimum = 0);
-  /// The Johnson curve with these moments, about: its fit is loose.
+  /// The Johnson curve fitted to these moments. It has them only roughly: the fit is loose.
   /// @param sd        > 0
   /// @param kurtosis  3 for the normal law, > 1 + skewness^2
   /// @throws std::invalid_argument also when no curve is found
@@ -77,9 +77,9 @@ class Law {
   /// @param counts  >= 0, not all 0
   [[nodiscard]] static Law histogram(std::span<const double> edges, std::span<const double> counts);
 
-  /// The law between limits, in place of any earlier ones: of what they keep, in proportion. A
-  /// lower limit above the upper one cuts out what lies between them; an infinite one on its own
-  /// side is none.
+  /// The law between limits, in place of any earlier ones: restricted to what they keep and
+  /// rescaled to the probability 1. A lower limit above the upper one cuts out what lies between
+  /// them; an infinite one on its own side is none.
   /// @throws std::invalid_argument for limits that are equal or NaN, or keep nothing
   [[nodiscard]] Law between(std::optional<double> lower, std::optional<double> upper) const;
 
@@ -97,9 +97,9 @@ class Law {
   /// ln of the density, also where the density itself is beyond the doubles; -infinity where it is
   /// 0.
   [[nodiscard]] double logDensity(double x) const noexcept;
-  /// P(X <= x), with its relative accuracy where it is small.
+  /// P(X <= x), with a small relative error also in the far lower tail.
   [[nodiscard]] double probability(double x) const noexcept;
-  /// P(X > x), with its relative accuracy where it is small.
+  /// P(X > x), with a small relative error also in the far upper tail.
   [[nodiscard]] double exceedance(double x) const noexcept;
   /// The least x with probability(x) >= p; the ends of the support for p = 0 and p = 1.
   [[nodiscard]] double quantile(double p) const noexcept;
@@ -108,7 +108,7 @@ class Law {
   /// The quantiles of p, bit for bit those of `quantile`, into x, which may be the same span.
   /// @throws std::invalid_argument for spans of unequal length
   void quantiles(std::span<const double> p, std::span<double> x) const;
-  /// Infinite beyond the range of doubles.
+  /// The mean; infinite beyond the range of doubles.
   [[nodiscard]] double mean() const;
   /// The standard deviation; infinite beyond the range of doubles.
   [[nodiscard]] double sd() const;

@@ -25,7 +25,7 @@ struct LawType {
   }
 };
 
-/// The ten of the engine, and two that are set by what people know: PERT and LognormalMean.
+/// The ten of the engine, and two set by figures that people can tell: PERT and LognormalMean.
 inline const std::array<LawType, families.size() + 2> lawTypes = [] {
   std::array<LawType, families.size() + 2> types{};
   for (std::size_t i = 0; i < families.size(); ++i) {

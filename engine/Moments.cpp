@@ -29,7 +29,7 @@ double c_Distribution::CalcStdev(double mean) const {
 }
 
 laws::Moments c_Distribution::keptMoments(Method method, Line caller) const try {
-  const Family* const family = family_;  // a cell that answers may set another one
+  const Family* const family = family_;  // reading a cell may set another one
   if (family == nullptr) return {0, 0};
   const Limits limits = currentLimits();
   return with(*this, *family,

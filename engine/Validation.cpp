@@ -39,7 +39,8 @@ bool equalLimits(const Variant& lower, const Variant& upper) {
 bool c_Distribution::ParamsOK(std::string& errCause) try {
   errCause.clear();
   paramsOk_ = false;
-  // A cell that answers may set another type: this check goes on with the one it began with.
+  // Reading a cell runs code of the host, which may set another type: this check goes on with the
+  // one that it began with.
   const Family* const family = family_;
   errCause = checkAndFit(family);
   if (errCause.empty()) errCause = checkAndKeepLimits(*family);

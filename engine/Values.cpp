@@ -19,7 +19,7 @@ Boolean c_Distribution::IsRange(const Variant& v) {
 
 double c_Distribution::liveParameter(const Variant& parameter, Line caller) {
   if (parameter.isNumeric()) return parameter.toDouble();
-  // A copy: the host may change its own while it answers.
+  // A copy: the host may change the original while it answers.
   const Variant held = parameter;  // NOLINT(performance-unnecessary-copy-initialization)
   if (IsRange(held)) {
     const Variant cell = held.toObject(caller)->get("Value", {}, caller);

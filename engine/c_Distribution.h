@@ -27,8 +27,8 @@ namespace palvex {
 /// as often as wanted. With Dynamic false these work on the values of the last ParamsOK, allocate
 /// nothing and ask the host nothing; with Dynamic true they read the live values at every call.
 ///
-/// Before the first ParamsOK, Dynamic being false, every parameter is 0 and there are no limits:
-/// members answer for that, a Normal with 0 for every draw, say. After a ParamsOK that answered
+/// Before the first ParamsOK, Dynamic being false, every parameter counts as 0 and there are no
+/// limits: a Normal then answers 0 for every draw, for example. After a ParamsOK that answered
 /// false, the values are those of the checks that it passed, and may be partly new: do not evaluate
 /// then. A new distType keeps the values of the old one until the next ParamsOK. A Johnson curve or
 /// a histogram is that of the last ParamsOK that got so far, also with Dynamic true, where only the
@@ -49,7 +49,7 @@ class c_Distribution {
   c_Distribution& operator=(const c_Distribution& other) { return *this = c_Distribution(other); }
   /// @}
   /// @{
-  /// The other object is fit for an assignment then, and for nothing else.
+  /// The other object may then only be assigned to or destroyed.
   c_Distribution(c_Distribution&& other) noexcept = default;
   c_Distribution& operator=(c_Distribution&& other) noexcept = default;
   /// @}
@@ -95,8 +95,8 @@ class c_Distribution {
   [[nodiscard]] std::string PosInfinity() const { return "+Infinity"; }
 
   /// A starting value for parameter paramIndex (from 1) that centres the distribution on the number
-  /// of a worksheet cell; 0 for a parameter that the type has not, for a histogram and without a
-  /// type. Error 6 where the value leaves the double range.
+  /// of a worksheet cell; 0 for a parameter that the type does not have, for a histogram and
+  /// without a type. Error 6 where the value leaves the double range.
   [[nodiscard]] double GuessParamValue(std::int16_t paramIndex, double cellValue) const;
 
   // ---- validation ----
@@ -118,7 +118,7 @@ class c_Distribution {
   [[nodiscard]] Law law() const;
 
   // ---- evaluation; 0 without a type ----
-  // Settled results, which are not the law's everywhere: see docs/departures.md, and `law`.
+  // The results differ from the law's in places: see docs/departures.md, and `law`.
 
   /// The density at x, 0 where the limits cut x away; not rescaled by the probability that they
   /// keep.
@@ -155,7 +155,7 @@ class c_Distribution {
   /// otherwise `numSD` standard deviations (4 for a number <= 0) below the mean. Of a distribution
   /// with one value only, 1 below it. Always below XMax.
   double XMin(double numSD = defaultNumSD) const;
-  /// Where it ends; likewise. Error 6 for either where no double lies there.
+  /// Where a graph ends, likewise. Both raise error 6 where that is beyond the range of doubles.
   double XMax(double numSD = defaultNumSD) const;
   /// Fills the three series with equally spaced points from `graphXmin` to `graphXmax`, both
   /// included: NumPoints of them, 101 when there are none yet. GraphPDF is ScaleFactor times the
@@ -211,15 +211,15 @@ class c_Distribution {
   [[nodiscard]] Limits currentLimits(Line caller = Line::here()) const {
     return Dynamic ? liveLimits(caller) : staticLimits_;
   }
-  /// What `evaluate` answers for the values that count now: the kept ones, or live ones. An
-  /// evaluation of what was fitted has no live values.
+  /// The result of `evaluate` for the values that count now: the kept ones, or live ones. A fitted
+  /// curve or histogram has no live values.
   template <class Object, class Evaluate>
   static auto with(Object& object, const Family& family, Evaluate&& evaluate,
                    Line caller = Line::here()) {
     if (!object.Dynamic || family.readsFit) return evaluate(object.kept_);
     return withLive(object, family, evaluate, caller);
   }
-  /// A function of its own, so that an evaluation of kept values does not pay for its locals.
+  /// A function of its own, so that an evaluation of kept values does not set up the live ones.
   template <class Evaluate>
   [[gnu::noinline]] static auto withLive(const c_Distribution& object, const Family& family,
                                          Evaluate& evaluate, Line caller) {
@@ -238,8 +238,7 @@ class c_Distribution {
   double keptDraw(double rndP);
   double liveDraw(double rndP);
   [[nodiscard]] std::string parameterRecord(std::size_t count) const;
-  /// Add the record of a call to an error's description; without memory for it the error goes
-  /// without.
+  /// Add the record of a call to an error's description. When memory is short it is left out.
   void addCall(RuntimeError& error, std::string_view member, double argument) const noexcept;
   void addDraw(RuntimeError& error, double rndP, const Variant& lower,
                const Variant& upper) const noexcept;
@@ -260,8 +259,8 @@ class c_Distribution {
   // Validation (Validation.cpp).
   std::string checkAndFit(const Family* family, Line caller = Line::here());
   std::string checkAndKeepLimits(const Family& family, Line caller = Line::here());
-  /// The first words about a parameter or limit that is bad, "" for a good one. A copy is judged:
-  /// the host may change its own while it answers.
+  /// How the sentence about a bad parameter or limit begins, "" for a good one. Takes a copy,
+  /// because the host may change the original while it answers.
   static std::string BadParam(Variant param, const Permission& allowed, Line caller = Line::here());
   static Boolean CellValueError(Object& range);
   [[nodiscard]] bool AllTruncated(const Family& family, Line caller = Line::here()) const;

@@ -64,7 +64,8 @@ MatrixXd nearestCorrelation(const MatrixXd& matrix) {
     nearest.diagonal().setOnes();
     if ((nearest - before).norm() < 1e-10 * nearest.norm()) break;
   }
-  // The diagonal took a little away again: a last projection, scaled to ones on the diagonal.
+  // Setting the diagonal may have left an eigenvalue a little too small: a last projection, scaled
+  // to ones on the diagonal.
   const MatrixXd positive = withoutSmallEigenvalues(nearest, leastEigenvalue);
   const Eigen::VectorXd scale = positive.diagonal().cwiseSqrt().cwiseInverse();
   return scale.asDiagonal() * positive * scale.asDiagonal();
@@ -215,7 +216,7 @@ void Copula::apply(std::span<const std::span<double>> columns) const {
   for (std::size_t i = 0; i < columns.size(); ++i) {
     const double* const row = nextRow;
     nextRow += i + 1;
-    // An input that no earlier one has an influence on keeps its very numbers.
+    // An input that is not correlated with any earlier one keeps its numbers to the bit.
     if (std::all_of(row, row + i, [](double element) { return element == 0; })) continue;
     std::fill(scores.begin(), scores.end(), 0);
     for (std::size_t j = 0; j <= i; ++j) {

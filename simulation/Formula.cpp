@@ -20,8 +20,8 @@ std::string operandName(std::size_t i) {
   return '[' + std::to_string(i) + ']';
 }
 
-/// Reads an unsigned number where one stands. The parser's own way leads through streams, to which
-/// a lack of memory looks like a text that is no number.
+/// Reads an unsigned number where one stands. The parser's own reader uses streams, which report a
+/// lack of memory as a text that is no number.
 int readNumber(const char* text, int* position, double* value) {
   if (std::string_view(".0123456789").find(*text) == std::string_view::npos) return 0;
   const auto [end, fault] = std::from_chars(text, text + std::strlen(text), *value);

@@ -26,7 +26,7 @@ class Calculator {
   /// @param formula  as Formula::parse made it
   explicit Calculator(const Formula& formula);
   /// @{
-  /// References to operands stay good.
+  /// References to operands stay valid.
   Calculator(Calculator&&) noexcept;
   Calculator& operator=(Calculator&&) noexcept;
   /// @}

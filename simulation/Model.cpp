@@ -28,7 +28,7 @@ bool isLive(const Operand& operand) {
   return !std::holds_alternative<Variant>(operand);
 }
 
-/// A number of the same words as c_Distribution's for a law that is set up in each trial.
+/// A parameter of a law that is set up in each trial. Faults have the sentences of c_Distribution.
 Number parameterNumber(const Operand& operand, std::string_view name) {
   if (const auto* row = std::get_if<RowValue>(&operand)) return *row;
   if (const auto* cell = std::get_if<CellValue>(&operand)) return *cell;
@@ -97,9 +97,9 @@ void completeParameters(const LawType& type, std::vector<Operand>& parameters) {
   }
 }
 
-/// Refuses fixed parameters that no value of the live ones goes with.
+/// Refuses fixed parameters that are wrong whatever the live ones will be.
 void checkFixed(std::string_view type, std::span<const Number> parameters) {
-  // A type that asks the same of each parameter.
+  // A type with the same demands on each parameter.
   if (type == "PERT") type = "Triangular";
   if (type == "LognormalMean") type = "Johnson";
   const Family& family = *findFamily(type);
@@ -160,7 +160,7 @@ RowValue Model::above(std::string_view name) const {
 
 namespace {
 
-/// So that two more items need no memory.
+/// Reserves memory for two more items, so that adding them cannot fail.
 template <class Item>
 void makeRoom(std::vector<Item>& list) {
   if (list.capacity() - list.size() < 2) list.reserve(2 * list.size() + 2);

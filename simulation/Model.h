@@ -131,7 +131,8 @@ class Model {
   [[nodiscard]] std::vector<std::string> inputNames() const;
   /// References to a workbook's cells that are read in each trial, as they were written.
   [[nodiscard]] std::span<const std::string> cells() const { return cells_; }
-  /// What a workbook's table says itself: "trials", "seed", "sampling".
+  /// The settings in a workbook's table: of the names "trials", "seed" and "sampling" those that it
+  /// has.
   [[nodiscard]] const std::map<std::string, Variant>& settings() const { return settings_; }
 
  private:

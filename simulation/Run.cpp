@@ -66,12 +66,13 @@ class Crew {
     } catch (...) {
       fail();
     }
-    // Whoever found the crew still at work is waiting by now.
+    // A thread that found the run unfinished held the mutex until it began to wait: once the mutex
+    // is free, the notification reaches it.
     { const std::lock_guard lock(mutex_); }
     changed_.notify_all();
   }
 
-  /// So many more trials are about to be worked out.
+  /// Reports progress, when `trials` more are about to be worked out.
   void report(std::uint64_t trials) {
     if (!options_.progress) return;
     const std::lock_guard lock(mutex_);

@@ -46,7 +46,7 @@ constexpr std::uint64_t wrappedSum(std::uint64_t a, std::uint64_t b, std::uint64
 #endif
 void fill(std::uint64_t seed, std::uint64_t stream, std::uint64_t first, std::span<double> u) {
   constexpr std::size_t lanes = 8;
-  constexpr std::uint64_t low = 0xffffffff;  // of a word's 64 bits, those that count
+  constexpr std::uint64_t low = 0xffffffff;  // the bits of a word of the generator
   using Words = std::array<std::uint64_t, lanes>;
   std::size_t done = 0;
   for (; done + lanes <= u.size(); done += lanes) {

@@ -12,9 +12,9 @@ namespace palvex::simulation {
 /// hypercube, where each of n equal parts of (0, 1) is met in exactly one of n trials.
 enum class Sampling { random, lhs };
 
-/// A permutation of 0, ..., n - 1 of which any place can be asked alone, so that nothing is stored:
-/// a Feistel network on a grid of at least n places, asked again while it answers with a place
-/// beyond n (Black and Rogaway: Ciphers with arbitrary finite domains; CT-RSA 2002).
+/// A permutation of 0, ..., n - 1 that is computed place by place, so that nothing is stored: a
+/// Feistel network on a grid of at least n places, applied again while it gives a place that is not
+/// below n (Black and Rogaway: Ciphers with arbitrary finite domains; CT-RSA 2002).
 class Permutation {
  public:
   /// @param n      from 1 to 2^62
@@ -31,7 +31,7 @@ class Permutation {
   std::array<std::uint64_t, 4> keys_;  // one for each round
 };
 
-/// The uniform numbers of a simulation's inputs; any of them can be asked alone.
+/// The uniform numbers of a simulation's inputs; each can be computed without the others.
 class Sampler {
  public:
   /// @param trials  how many trials there will be: with lhs, the number of strata

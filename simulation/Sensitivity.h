@@ -9,7 +9,7 @@
 
 namespace palvex::simulation {
 
-/// Ranks from 1, equal values with the mean of theirs.
+/// Ranks from 1; equal values share the mean of their ranks.
 [[nodiscard]] std::vector<double> ranksOf(std::span<const double> values, Sorter& sorter);
 
 /// Pearson's correlation; NaN without spread.

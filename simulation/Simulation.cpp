@@ -81,7 +81,7 @@ std::optional<Task> Simulation::next() {
   task.pass = pass_;
   task.statistics = pass_ == 1;
   if (pass_ == 1) {
-    // Without failures it is known how many come from the blocks before.
+    // Without failures it is known how many trials the blocks before contribute.
     const std::uint64_t before =
         settings_.skipFailures ? sample_[0].size() : task.block * blockTrials;
     task.sample = rankTrials - std::min(before, rankTrials);
@@ -91,7 +91,7 @@ std::optional<Task> Simulation::next() {
 }
 
 void Simulation::add(Block block) {
-  if (block.pass != pass_) return;  // too late
+  if (block.pass != pass_) return;  // of an earlier pass
   const std::uint64_t number = block.number;
   waiting_.emplace(number, std::move(block));
   while (!complete_ && !waiting_.empty() && waiting_.begin()->first == combined_) {
@@ -132,7 +132,7 @@ void Simulation::addSample(Block& block) {
 }
 
 void Simulation::observe() {
-  // Whole rounds of blocks, each a quarter longer than all before it.
+  // The next time is when a quarter more blocks are combined.
   nextObservation_ = combined_ + (combined_ + 3) / 4;
   if (total() == 0) return;
   for (const std::uint64_t trials : earlyObservations) {

@@ -68,8 +68,9 @@ struct Block {
   std::string text;                         ///< see Settings::describeTrials
 };
 
-/// A simulation as a coordinator sees it: it deals out blocks of trials and combines what becomes
-/// of them in the blocks' order. Results therefore do not depend on who works them out, nor when.
+/// The coordinator of a simulation: it deals out blocks of trials and combines their results in the
+/// blocks' order. The results therefore do not depend on which thread or process works a block out,
+/// nor when.
 ///
 ///     Simulation simulation(model, settings);
 ///     Worker worker(simulation);  // one for each thread or process

@@ -8,10 +8,11 @@
 
 namespace palvex::simulation {
 
-/// Without the blanks around it.
+/// `text` without blanks around it.
 [[nodiscard]] std::string_view trimmed(std::string_view text);
 
-/// With the letters of the Latin alphabet in lower case: what tells two names apart.
+/// `text` with the letters of the Latin alphabet in lower case, the form in which names are
+/// compared.
 [[nodiscard]] std::string folded(std::string_view text);
 
 /// Whether the two differ in the case of letters of the Latin alphabet only.

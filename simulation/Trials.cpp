@@ -14,7 +14,7 @@ namespace {
 
 std::uint8_t cellOf(double position) {
   constexpr auto cells = static_cast<double>(positionCells);
-  // By way of the integers that processors convert to.
+  // By way of 32-bit integers, to which processors convert directly.
   return static_cast<std::uint8_t>(
       static_cast<std::int32_t>(std::min(position * cells, cells - 1)));
 }
@@ -222,7 +222,7 @@ Law Trials::lawIn(const Row& row, std::size_t trial) const {
 }
 
 void Trials::fail(std::size_t row, std::size_t trial, const std::string& why) {
-  if (failed_[trial]) return;  // on account of a row above
+  if (failed_[trial]) return;  // a row above failed already
   failed_[trial] = true;
   ++failures_;
   if (trial >= firstFailed_) return;
