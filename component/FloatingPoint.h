@@ -21,7 +21,7 @@ class StandardArithmetic {
   StandardArithmetic& operator=(const StandardArithmetic&) = delete;
   ~StandardArithmetic() {
     if (x87_ != standardX87) {
-      // What the call left flagged must not trap under the caller's settings.
+      // Exceptions flagged during the call must not trap under the caller's settings.
       if ((x87_ & masked) != masked) asm volatile("fnclex" : : : "memory");
       loadX87(x87_);
     }

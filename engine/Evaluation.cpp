@@ -49,7 +49,7 @@ double c_Distribution::cdf(double x) try {
 
 namespace {
 
-/// A draw, the first with these limits; `band` keeps what they leave, for later ones.
+/// The first draw with these limits. Leaves the band that they keep in `band`, for later draws.
 double draw(const Family& family, Values& values, const Limits& limits, std::optional<Band>& band,
             double rndP, Line line) {
   if (family.ignoresLimits != nullptr && family.ignoresLimits(values, rndP)) {

@@ -171,8 +171,8 @@ class c_Distribution {
   void ScaleFactor(double value) { scaleFactor_ = value > 0 ? value : 1; }
   /// The number of graph points.
   [[nodiscard]] std::int16_t NumPoints() const;
-  /// Gives the three series `size` points, keeping what they hold; nothing happens for a size
-  /// below 1.
+  /// Gives the three series `size` points, keeping what they hold; nothing happens for a size below
+  /// 1. Returns an empty variant. On an error the series stay as they are.
   Variant ResizeArrays(std::int16_t size);
   /// @{
   /// Point i = 1..NumPoints of a series: 0 for any other i, where an assignment does nothing.

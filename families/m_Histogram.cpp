@@ -40,7 +40,8 @@ std::int32_t entryWidth(const Variant& configuration) {
 }
 
 /// The cells of a range as a two-dimensional array. A range whose value is no array does not tell
-/// how many columns it has: its cells are taken for entries of `width` when they come out even.
+/// how many columns it has: where its number of cells is a multiple of `width`, they are taken as
+/// rows of that width, else as one column.
 Variant cellsOf(Object& range, std::int32_t width) {
   Variant value = range.get("Value");
   if (value.isArray()) return value;

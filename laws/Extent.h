@@ -20,7 +20,7 @@ struct Extent {
   /// Which part of the width lies above x.
   [[nodiscard]] double above(double x) const noexcept { return (upper - x * scale) / width; }
 
-  double unit;   ///< 1, or 2 for a width that is no double
+  double unit;   ///< 1, or 2 for a width beyond the range of doubles
   double scale;  ///< 1 / unit
   double lower;  ///< the minimum in units
   double upper;  ///< the maximum in units

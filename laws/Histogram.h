@@ -27,7 +27,7 @@ class Histogram {
   /// Whether the limits keep nothing but gaps and empty bins.
   [[nodiscard]] bool keepsNothing(const Limits& limits) const noexcept;
 
-  /// The smallest and the greatest value in an interval that holds some.
+  /// The smallest and the greatest value in an interval that holds at least one.
   [[nodiscard]] Interval valuesIn(const Interval& interval) const noexcept;
 
   /// The density at x. A bin's left edge belongs to it, its right edge does not, except the last.

@@ -19,8 +19,8 @@ namespace palvex {
 class Object;
 
 /// What a host hands over or receives: nothing, a missing argument, a Boolean, a number, a text, a
-/// worksheet error value, an object or an array. It converts only when asked, and raises error 13
-/// where its content does not convert.
+/// worksheet error value, an object or an array. It is converted by toDouble and the like only,
+/// which raise error 13 for a content that does not convert.
 class Variant {
  public:
   /// Empty.

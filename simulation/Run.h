@@ -24,7 +24,8 @@ struct RunOptions {
   /// again and again, with a model and settings there that are the same as here. What one throws
   /// ends the run.
   std::vector<std::function<Block(const Task&)>> helpers;
-  /// Opens the workbook of one thread.
+  /// Opens the workbook of one thread; called once for each. May be left empty for a model that has
+  /// no cells of a workbook.
   std::function<std::unique_ptr<Workbook>()> openWorkbook;
 };
 

@@ -159,7 +159,7 @@ class Simulation {
 /// Works out blocks on one thread.
 class Worker {
  public:
-  /// @param simulation  is to outlive the worker; asked only for what never changes
+  /// @param simulation  is to outlive the worker; the worker reads only what never changes in it
   explicit Worker(const Simulation& simulation, std::unique_ptr<Workbook> workbook = nullptr);
 
   /// @param stopped  asked before every Trials::most trials

@@ -62,7 +62,7 @@ class Distribution final
   void give(std::size_t place, const css::uno::Any& value);
 
  private:
-  /// Does what may fail, and keeps what is known of a failure before it leaves.
+  /// Runs `work`; keeps number, source and description of a failure before it is passed on.
   template <class Work>
   auto attempt(Work&& work);
 

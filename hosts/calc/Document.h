@@ -9,8 +9,8 @@ namespace palvex::calc {
 
 using Document = css::uno::Reference<css::sheet::XSpreadsheetDocument>;
 
-/// A document that nobody looks at: opened without a window, read-only and without its macros, and
-/// closed at the end.
+/// A document opened without a window, read-only and with its macros disabled; closed with the
+/// object.
 class HiddenDocument {
  public:
   /// @throws Fault when it is no spreadsheet
@@ -25,7 +25,7 @@ class HiddenDocument {
   Document document_;
 };
 
-/// A folder of one's own for as long as the object lives, which nobody else can read.
+/// A temporary folder that no other user can read; removed with the object.
 class TemporaryFolder {
  public:
   TemporaryFolder();
@@ -39,7 +39,8 @@ class TemporaryFolder {
   std::filesystem::path path_;
 };
 
-/// Stores a document as it is now into a file, which its window does not notice.
+/// Stores a copy of a document as it is now. The open document keeps its name and its unsaved
+/// changes.
 void storeCopy(const Document& document, const std::filesystem::path& file);
 
 /// Whether a document's structure, or a sheet, is protected from changes.

@@ -38,7 +38,8 @@ std::string urlOf(const fs::path& file) {
   return utf8(url);
 }
 
-/// The office takes these signals for itself when it starts; they stay what they were.
+/// The office installs handlers of its own for these signals when it starts; this restores the
+/// former ones.
 class OwnSignals {
  public:
   OwnSignals() {
@@ -151,8 +152,8 @@ class RemovedAfterwards {
   pid_t shell_ = -1;
 };
 
-/// At its end the office writes down what it still has to, and so does not bring back a profile
-/// that has been removed.
+/// At its end writes what the office has not yet saved of its configuration. Written later, that
+/// would bring back a profile that has been removed.
 class WrittenProfile {
  public:
   WrittenProfile() = default;
@@ -163,7 +164,7 @@ class WrittenProfile {
       const auto configuration = css::configuration::theDefaultProvider::get(context());
       Reference<css::util::XFlushable>(configuration, css::uno::UNO_QUERY_THROW)->flush();
     } catch (const css::uno::Exception&) {
-      // Then the profile stays behind.
+      // The profile may then stay behind.
     }
   }
 };

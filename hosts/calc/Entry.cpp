@@ -1,4 +1,4 @@
-// The doors of the component: one function per service, named in palvex.components.
+// The entry points of the component: one function per service, named in palvex.components.
 
 #include <sal/types.h>
 

@@ -8,7 +8,7 @@ namespace css = com::sun::star;
 
 namespace palvex::calc {
 
-/// Makes the office known: its component context, from which everything else in it is reached. The
+/// Keeps the component context of the office, from which everything else in it is reached. The
 /// engine shows its messages in the office's boxes from then on. Only the first call counts.
 void enter(const css::uno::Reference<css::uno::XComponentContext>& context);
 [[nodiscard]] const css::uno::Reference<css::uno::XComponentContext>& context();

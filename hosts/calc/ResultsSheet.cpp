@@ -60,7 +60,7 @@ Any cell(const std::string& text) {
   return Any(wide(text));
 }
 
-/// What is undefined stays empty.
+/// A number; an empty cell for NaN, which stands for what is undefined.
 Any cell(double number) {
   return std::isnan(number) ? cell("") : Any(number);
 }
@@ -76,7 +76,7 @@ class Block {
   }
   [[nodiscard]] sal_Int32 height() const { return static_cast<sal_Int32>(rows_.size()); }
 
-  /// Writes the block; its cells.
+  /// Writes the block and returns its cells.
   Reference<css::table::XCellRange> write(const Reference<XSpreadsheet>& sheet, sal_Int32 column,
                                           sal_Int32 row) const {
     auto cells =
@@ -111,7 +111,7 @@ Reference<XChartDocument> addChart(const Reference<XSpreadsheet>& sheet, const s
       Reference<css::table::XTableChartsSupplier>(sheet, UNO_QUERY_THROW)->getCharts();
   const auto address =
       Reference<css::sheet::XCellRangeAddressable>(data, UNO_QUERY_THROW)->getRangeAddress();
-  // The sheet finds no chart again whose name holds a colon, which a title may.
+  // Not named by its title: a chart whose name holds a colon, as a title may, is not found again.
   const rtl::OUString name =
       "palvex " + rtl::OUString::number(charts->getElementNames().getLength() + 1);
   charts->addNewByName(name, {place.x, place.y, chartWidth, chartHeight}, only(address), true,

@@ -25,8 +25,7 @@ namespace {
 
 using simulation::Fault;
 
-/// The document that the user works on. Without a window, one that nobody has activated: the only
-/// spreadsheet that is open.
+/// The active spreadsheet; where none is active, as without a window, the only one that is open.
 Document openDocument() {
   const auto desktop = css::frame::Desktop::create(context());
   Document document(desktop->getCurrentComponent(), UNO_QUERY);
@@ -42,8 +41,7 @@ Document openDocument() {
   return document;
 }
 
-/// While a simulation runs: its progress in the status bar, and the keyboard, of which only Esc
-/// counts. Everything that happens in the window meanwhile is handled when the progress is shown.
+/// Takes all keys while a simulation runs, and notes Esc.
 class Escape final : public cppu::WeakImplHelper1<css::awt::XKeyHandler> {
  public:
   sal_Bool SAL_CALL keyPressed(const css::awt::KeyEvent& key) override {
@@ -58,6 +56,8 @@ class Escape final : public cppu::WeakImplHelper1<css::awt::XKeyHandler> {
   bool pressed_ = false;
 };
 
+/// The progress of a simulation in the status bar, which Esc cancels. Events of the window are
+/// handled whenever the progress is shown.
 class Progress {
  public:
   explicit Progress(const Document& document) {
@@ -149,7 +149,8 @@ std::optional<simulation::Results> simulate(const Document& document) {
   return results;
 }
 
-/// One at a time: showing the progress lets the user reach the menu again.
+/// Lets one simulation run at a time: while the progress is shown, the user can reach the menu
+/// again.
 class Turn {
  public:
   Turn() {

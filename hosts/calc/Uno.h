@@ -7,7 +7,7 @@
 #include <com/sun/star/uno/XInterface.hpp>
 #include <rtl/ustring.hxx>
 
-/// The office's words that every source here uses.
+/// Names of the office's interfaces that every source here uses.
 namespace palvex::calc {
 
 using css::uno::Any;

@@ -114,7 +114,7 @@ std::string shortName(const Reference<XCell>& cell) {
   return name.substr(name.starts_with('$') ? 1 : 0);
 }
 
-/// Does what asks the office; whatever it refuses is a fault.
+/// Runs work that calls the office, whose exceptions become Faults.
 template <class Work>
 auto asking(const Work& work) {
   try {
@@ -154,7 +154,7 @@ Variant Table::at(std::int32_t row, std::int32_t column) const {
     try {
       if (!isOne(cellsAt(document_, sheet_, std::string_view(formula).substr(1)))) return formula;
     } catch (const Fault&) {
-      // More than a reference.
+      // A formula that is more than a reference.
     }
     return content.isError() ? content : Variant(std::string("=").append(absoluteName(cell)));
   });
@@ -281,7 +281,7 @@ double Workbook::result(std::size_t row) {
   });
 }
 
-/// Lets the formulas see what the inputs have become.
+/// Ends the collecting of changes, so that formulas are recalculated with the inputs' new values.
 void Workbook::calculate() {
   if (open_ && changes_.is()) changes_->removeActionLock();
   open_ = false;

@@ -45,10 +45,10 @@ class Table final : public simulation::Sheet {
 };
 
 /// What the table's rows Trials, Seed and Sampling say, and the usual for what they do not.
-/// @throws Fault for what they can not say
+/// @throws Fault for a value that a setting can not have
 [[nodiscard]] simulation::Settings settingsOf(const simulation::Model& model, const Table& table);
 
-/// The cells that a model's trials write and read, in a document that nobody looks at.
+/// The cells that a model's trials write and read, in a document without a window.
 class Workbook final : public simulation::Workbook {
  public:
   /// @throws Fault for a cell that is not there, or that two inputs share

@@ -36,7 +36,7 @@ void send(int to, int kind, const std::string& bytes) {
 
 Message receive(int from) {
   MPI_Status status;
-  // Asked now and then: MPI_Probe would keep a core busy that can work on trials.
+  // Polled with pauses: MPI_Probe would keep a core busy that can work on trials.
   constexpr auto pause = std::chrono::microseconds(200);
   for (int arrived = 0;;) {
     MPI_Iprobe(from, MPI_ANY_TAG, MPI_COMM_WORLD, &arrived, &status);
@@ -104,13 +104,13 @@ terminal::ExitCode lead(int argc, char** argv, int processes) {
   return code;
 }
 
-/// Any other process. It is heard through the first one only.
+/// Any other process. Its own output is dropped; failures are reported through the first one.
 void follow(int argc, char** argv) {
   static_cast<void>(std::freopen("/dev/null", "w", stdout));
   static_cast<void>(std::freopen("/dev/null", "w", stderr));
   try {
     static_cast<void>(terminal::runProgram(argc, argv, {workForAnother, false, false}));
-    // It came to no simulation here; the first process learns it if it asks for a block.
+    // No simulation was started here; the first process is told so if it asks for a block.
     serve([](const Task&) -> Block {
       throw std::runtime_error("does not find the same table and options as the first process");
     });

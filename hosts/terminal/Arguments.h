@@ -79,7 +79,7 @@ Law lawOf(const std::string& type, const std::vector<DistributionArguments::Item
 void setChecked(c_Distribution& distribution, const std::string& type,
                 const std::vector<DistributionArguments::Item>& items);
 
-/// A sentence of the engine, with what helps at a terminal.
+/// A Refusal with a sentence of the engine and, where it helps, a hint for the command line.
 Refusal refusal(const std::string& sentence);
 
 /// The number that an argument spells: as the engine reads texts, or "10%" for 0.1; nothing for any

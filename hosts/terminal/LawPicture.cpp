@@ -10,7 +10,8 @@ namespace {
 
 constexpr double largest = 1e300;  // of an axis, so that its length is a double
 
-/// From an end of the law's values that is near, else from where it is rare.
+/// The bulk of a law: on each side up to the end of its values where that is near, else to where
+/// only the share `rare` lies beyond.
 Axis bulkOf(const Law& law) {
   constexpr double rare = 0.0005;
   double from = law.quantile(rare);
@@ -42,7 +43,7 @@ std::vector<Axis> pieces(const Limits& limits, const Axis& axis, bool kept) {
   return found;
 }
 
-/// The greatest height of lines apart from the surroundings of poles, and whether there is one.
+/// The greatest height of lines, without the surroundings of poles. Sets `pole` where there is one.
 double highest(const std::vector<Line>& lines, const Axis& axis, bool& pole) {
   const double surroundings = 0.025 * (axis.to - axis.from);
   double most = 0;

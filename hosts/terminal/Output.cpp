@@ -122,7 +122,7 @@ void writeMessage(std::string_view text) noexcept {
 
 void holdStandardStreams() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    // The lowest free number is the next to be given out: this very one. Opened the wrong way
+    // open() returns the lowest free descriptor, which is this one. It is opened the wrong way
     // round, so that reading or writing still fails as on a closed stream.
     if (fcntl(stream, F_GETFD) == -1)
       static_cast<void>(open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
@@ -132,7 +132,7 @@ void holdStandardStreams() {
 void settleSignals() {
   for (const int signal : {SIGPIPE, SIGXFSZ}) static_cast<void>(std::signal(signal, SIG_IGN));
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    // What the caller has the program ignore stays ignored.
+    // A signal that the caller ignores stays ignored.
     if (std::signal(signal, endWithoutTraces) == SIG_IGN)
       static_cast<void>(std::signal(signal, SIG_IGN));
   }

@@ -10,7 +10,8 @@
 namespace palvex::terminal {
 
 /// A file that appears under its name only when it is whole: it is written beside it and renamed.
-/// Until then what was there stays, and with the object, or the program, the unfinished one goes.
+/// Until then the old file stays. An unfinished one is removed with the object or at the end of the
+/// program.
 class FileAside {
  public:
   explicit FileAside(const std::string& path);
@@ -20,7 +21,7 @@ class FileAside {
 
   /// Where to write; a device or a pipe is written at once.
   [[nodiscard]] const std::string& name() const { return aside_; }
-  /// To be called when it is whole and closed. @throws OutputError
+  /// To be called when the file is whole and closed: gives it its name. @throws OutputError
   void finish();
 
  private:
@@ -48,7 +49,7 @@ class Output {
   std::FILE* file_;
 };
 
-/// Writes to standard error, and lets it be where that is closed or full.
+/// Writes to standard error; does nothing where that is closed or full.
 void writeMessage(std::string_view text) noexcept;
 
 /// Gives the standard streams that the caller closed a place of their own, so that no file that is

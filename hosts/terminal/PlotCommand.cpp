@@ -66,7 +66,7 @@ DistributionArguments argumentsIn(const std::string& description) {
   DistributionArguments arguments;
   arguments.addTo(parser);
   std::vector<std::string> words = wordsIn(description);
-  std::reverse(words.begin(), words.end());  // as the parser takes them
+  std::reverse(words.begin(), words.end());  // the parser takes them last first
   try {
     parser.parse(words);
   } catch (const CLI::ParseError& error) {

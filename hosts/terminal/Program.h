@@ -13,7 +13,7 @@ struct Role {
   std::function<simulation::Results(const simulation::Model&, const simulation::Settings&,
                                     const simulation::RunOptions&)>
       simulate = simulation::run;
-  bool writes = true;  // files; otherwise `simulate` never returns
+  bool writes = true;  // whether it writes files; if not, `simulate` never returns
   bool alone = true;   // whether `simulate` works out all trials here, in their order
 };
 

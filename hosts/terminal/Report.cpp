@@ -89,7 +89,7 @@ class Numbers {
   }
 
  private:
-  /// An axis must have a length, also where all values are one.
+  /// The style needs an axis with a length, also where all values are equal.
   static NumberStyle widened(double from, double to) {
     const double least = std::max(std::abs(from), std::abs(to)) * 1e-6;
     if (!(to - from > least)) to = from + (least > 0 ? least : 1);
@@ -105,7 +105,7 @@ Numbers numbersOf(const simulation::Moments& moments) {
           std::min(moments.greatest, moments.mean + 3 * sd)};
 }
 
-/// Fine enough for the intervals of the percentiles.
+/// Numbers with digits enough for the intervals of the percentiles.
 Numbers fineNumbersOf(const ResultStatistics& result) {
   double width = std::numeric_limits<double>::infinity();
   for (const Percentile& p : result.percentiles) {
@@ -124,7 +124,7 @@ std::string shareText(double share) {
   return std::isfinite(share) ? fmt::format("{:.0f} %", 100 * share) : "\u2013";
 }
 
-/// With two decimals.
+/// `value` with two decimals, for people; a dash where it is not finite.
 std::string plain(double value) {
   if (!std::isfinite(value)) return "\u2013";
   const double rounded = std::round(100 * value) / 100;

@@ -91,7 +91,7 @@ class Recorder final : public simulation::Workbook {
   Record record_;
 };
 
-/// Reads whole; false at the pipe's end.
+/// Reads `size` bytes; false where the pipe ends before.
 bool readAll(int pipe, char* to, std::size_t size) {
   while (size > 0) {
     const ssize_t count = ::read(pipe, to, size);
@@ -103,7 +103,7 @@ bool readAll(int pipe, char* to, std::size_t size) {
   return true;
 }
 
-/// Writes whole; false when nobody reads any more.
+/// Writes all bytes; false when nobody reads any more.
 bool writeAll(int pipe, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t count = ::write(pipe, bytes.data(), bytes.size());

@@ -36,14 +36,15 @@ class Helpers {
   std::vector<Process> processes_;
 };
 
-/// Whether this process is a helper of another one, whom it leaves Ctrl-C to.
+/// Whether this process is a helper of another one, which then handles Ctrl-C for both.
 [[nodiscard]] bool isHelper();
 
-/// What a run ends with when a helper's answers stop: not a failed trial's exception, of which a
-/// run may bear many.
+/// Ends a run when a helper's answers stop. No std::exception, since those fail a single trial,
+/// which a run may skip.
 struct HelperLost {};
 
-/// A helper's work: its part of the trials, again and again, until nobody wants to know any more.
+/// A helper's work: its part of the trials, again and again, until nobody reads the answers any
+/// more.
 void help(const simulation::Model& model, const simulation::Settings& settings,
           std::unique_ptr<simulation::Workbook> cells);
 

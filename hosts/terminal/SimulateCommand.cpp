@@ -135,7 +135,7 @@ double shareOf(const std::string& text) {
   return *share;
 }
 
-/// An option as it was given, or the usual.
+/// An option as it was given, or its default.
 std::string given(const std::string& option, std::string_view usual) {
   return option.empty() ? std::string(usual) : option;
 }
@@ -224,7 +224,7 @@ std::string commandLine(const SimulateOptions& options, const simulation::Settin
   return line;
 }
 
-/// What a run that did not go to its end is to say.
+/// A line about a run that ended early; "" for any other.
 std::string remark(const simulation::Results& results) {
   std::string text;
   if (results.cancelled) {
@@ -251,7 +251,7 @@ class WorkbookRun {
 
   [[nodiscard]] const simulation::Model& model() const { return model_; }
 
-  /// What the table itself says holds where no option does.
+  /// Takes trials, seed and sampling from the table where no option gives them.
   void complete(simulation::Settings& settings, const SimulateOptions& options) const {
     const simulation::Settings table = workbook_->settings(model_);
     if (options.trials.empty() && options.until.empty()) settings.trials = table.trials;

@@ -39,8 +39,9 @@ constexpr std::uint64_t textCell = 0x7FFE'0000'0000'0000;
 
 constexpr std::int32_t mostRows = std::numeric_limits<std::int32_t>::max() - 1;
 
-/// The character that parts the fields of a text's first lines: the one that stands in each of them
-/// equally often, else the most frequent one of the first line; a comma where there is none.
+/// The character that separates the fields of a text's first lines: the one that occurs equally
+/// often in each of them, else the most frequent one of the first line; a comma where there is
+/// none.
 char separatorOf(std::string_view text) {
   constexpr std::size_t mostLines = 10;
   constexpr std::string_view candidates = ";\t,";
@@ -61,7 +62,7 @@ char separatorOf(std::string_view text) {
     const std::size_t which = candidates.find(c);
     if (which != std::string_view::npos && !quoted) ++counts[which];
   }
-  // What the text breaks off in is no whole line, unless it is the only one.
+  // A last line without an end does not count, unless it is the only one.
   if (lines.empty()) lines.push_back(counts);
 
   const auto& first = lines.front();
