@@ -36,7 +36,7 @@ struct Fitted {
 /// The numbers that an evaluation works with.
 struct Values {
   std::array<double, 4> p{};  ///< the parameters
-  Fitted fitted;              ///< only that of the type
+  Fitted fitted;              ///< what the type needs of it
   /// What a family works out from its parameters alone when an evaluation first needs it; empty it
   /// whenever a parameter changes.
   std::variant<std::monostate, m_Beta::Shapes, m_Gamma::IncompleteGamma> prepared;

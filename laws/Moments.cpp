@@ -320,7 +320,8 @@ class PieceIntegrals {
 
 Piece integratedPiece(const Point& anchor, const Interval& t, const Scale& scale,
                       const std::function<double(double)>& logDensity, double logAtAnchor) {
-  // The width of an interval is below exp(710), so that nothing makes up for such a density.
+  // The width of an interval is below exp(710), so that one with such a density has no probability
+  // in double precision.
   if (logAtAnchor < -1500) return {-infinity, {0, 0}, 0};
   double step = scale.length();
   if (t.lower < 0) step = std::min(step, firstStep(logDensity, t.lower));

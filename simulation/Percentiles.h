@@ -24,7 +24,7 @@ struct Interval {
   double high = std::numeric_limits<double>::infinity();  ///< infinity for no end
 };
 
-/// Values as seen through an interval: how many lie below it, on its ends, and which inside.
+/// Counts the values below an interval and on its ends, and keeps those inside.
 class Window {
  public:
   /// @param interval  outside of which values are only counted

@@ -24,7 +24,8 @@ struct Moments {
   /// computation of covariances and arbitrary-order statistical moments; Sandia 2008).
   void add(const Moments& later);
 
-  // What is undefined is NaN. In these m_k is the mean of the k-th powers of the distances.
+  // Undefined results, such as the spread of one value, are NaN. m_k is the mean of the k-th powers
+  // of the distances from the mean.
 
   /// The standard deviation of a sample, with count - 1: from two values on.
   [[nodiscard]] double sd() const;
