@@ -51,6 +51,7 @@ Simulation::Simulation(const Model& model, Settings settings)
       settling_(model.results().size()) {
   model.check();
   if (settings_.trials == 0) throw Fault("there is no trial to simulate.");
+  if (settings_.trials > std::uint64_t{1} << 62) throw Fault("there are more than 2^62 trials.");
   checkPercents(settings_.percents);
   settings_.percents = sortedOnce(std::move(settings_.percents));
   if (settings_.correlations) copula_.emplace(*settings_.correlations, model.inputNames());

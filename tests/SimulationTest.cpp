@@ -180,6 +180,7 @@ TEST(Simulation, RefusesWhatCanNotBeSimulated) {
     std::function<void(Model&, Settings&)> spoil;
   } cases[] = {
       {"there is no trial to simulate.", [](Model&, Settings& s) { s.trials = 0; }},
+      {"there are more than 2^62 trials.", [](Model&, Settings& s) { s.trials = ~0ULL; }},
       {"a percentile of 101 is not between 0 and 100.",
        [](Model&, Settings& s) {
          s.percents = {50, 101};

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 #include <stdexcept>
 #include <thread>
 
@@ -31,6 +32,8 @@ struct Message {
 };
 
 void send(int to, int kind, const std::string& bytes) {
+  if (bytes.size() > std::numeric_limits<int>::max())
+    throw std::length_error("a block of trials is too large for a message");
   MPI_Send(bytes.data(), static_cast<int>(bytes.size()), MPI_CHAR, to, kind, MPI_COMM_WORLD);
 }
 
