@@ -61,6 +61,14 @@ TEST(Variant, ConvertsOrRaisesTypeMismatch) {
   EXPECT_EQ(faultNumber([] { return Variant(2042).errorCode(); }), fault::typeMismatch);
 }
 
+TEST(Variant, ComparesKindAndContent) {
+  EXPECT_NE(Variant(2), Variant("2"));
+  EXPECT_NE(Variant(-1), Variant(true));
+  EXPECT_EQ(Variant::missing(), Variant::missing());
+  EXPECT_EQ(Variant::array(2, 3), Variant::array(2, 3));
+  EXPECT_NE(Variant::array(2, 3), Variant::array(3, 2));
+}
+
 TEST(Variant, ArraysAreOneBasedAndCheckedAndCopied) {
   Variant table = Variant::array(2, 3);
   table.at(2, 3) = "last";
