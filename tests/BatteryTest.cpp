@@ -164,11 +164,6 @@ TEST(Battery, DensityDrawsAndAreasKeepToTheLimits) {
       EXPECT_NEAR(area(d, &c_Distribution::GraphPDF), c.kept * law.unit, 2e-3 * law.unit);
     }
   }
-  // A gamma law with a minimum and a scale: its density is that of (X - 3) / 2.
-  c_Distribution d;
-  ASSERT_EQ(set(d, {"Gamma", {2.5, 2, 3}}), "");
-  d.CreateGraphData(3, 60);
-  EXPECT_NEAR(area(d, &c_Distribution::GraphOL), 2, 5e-3);
 }
 
 // While Dynamic is false, evaluations allocate nothing and ask the host nothing.

@@ -92,12 +92,9 @@ TEST_F(LateBinding, TakesNamedArguments) {
 
 TEST_F(LateBinding, RefusesCallsThatDoNotFit) {
   const OwnedVariant x = number(1);
-  EXPECT_EQ(get(L"RandVal").code, DISP_E_PARAMNOTOPTIONAL);
   EXPECT_EQ(get(L"RandVal", leftOut()).code, DISP_E_PARAMNOTOPTIONAL);
-  EXPECT_EQ(get(L"RandVal", x, x).code, DISP_E_BADPARAMCOUNT);
   EXPECT_EQ(get(L"param1", x).code, DISP_E_BADPARAMCOUNT);
   EXPECT_EQ(get(L"ValidDistributions", integer(11)).code, DISP_E_BADINDEX);
-  EXPECT_EQ(put(L"NumPoints", x), DISP_E_MEMBERNOTFOUND);
   EXPECT_EQ(put(L"RandVal", x), DISP_E_MEMBERNOTFOUND);
   EXPECT_EQ(get(L"ResizeArrays", integer(40000)).code, DISP_E_OVERFLOW);
   const auto mismatch = get(L"GuessParamValue", integer(1), text("one"));
